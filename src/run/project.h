@@ -1,0 +1,123 @@
+// One project of a walk: its data, its settings, and the order in which everything is done.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <fstream>
+#include <memory>
+
+#include "foundation/my_string.h"
+#include "input/dist_mat.h"
+#include "input/mantel.h"
+#include "input/profile.h"
+#include "input/structure.h"
+#include "model/allele_db.h"
+#include "model/haplotypes.h"
+#include "model/samples.h"
+#include "run/settings.h"
+
+namespace mnd {
+
+// The central object of the process. It is made once by `mendstart`, and emptied, not
+// destroyed, between projects; its base holds the values of the [Profile] section.
+class Project : public ProfileSettings {
+public:
+    Project();
+    ~Project();
+    Project(const Project&) = delete;
+    Project& operator=(const Project&) = delete;
+
+    // Runs every selected analysis of the project `settings::input_file` under `the_settings`
+    // (project_run.cpp). An analysis that turns out to be impossible is skipped with its message.
+    // Returns: false when the project could not be opened or checked; the reason stands in
+    //          `failure_reason`
+    bool run();
+
+    // Reports what the project file holds, without analysing it, in dir + "mnd_pro.txt"
+    // (project_explore.cpp).
+    // Returns: false when the file can't be read that far
+    bool explore(char* dir);
+
+    // Checks the settings against the data, prepares the data, and clears the task bits of
+    // what can't be done (feasibility.cpp).
+    // Returns: false when nothing can be done with these data
+    bool make_run_possible();
+
+    // Empties the project for the next one.
+    void clean();
+
+    // Derives the names of the result and the back-up file and the project folder from
+    // `settings::input_file`.
+    void build_res_bac_names();
+
+    // True when the structure has groups that an AMOVA can compare; warns with 123, 124 or
+    // 125 when it has not.
+    bool IsAmovaStructure();
+
+    // Writes "error" to the control directory's "mnd_pro.txt", where a front end looks for it.
+    void print_error_message();
+
+    // The analyses between samples, in their order (structure_analyses.cpp).
+    void GenStructCalculations(std::fstream* results);
+
+    // Fills `pooled_samples` with one sample per group of `from_structure`, and
+    // `pooled_structure` with one group that holds them all (structure_analyses.cpp).
+    void poolSamplesInGroups(Samples const& from_samples, Structure const& from_structure,
+                             Samples& pooled_samples, Structure& pooled_structure);
+
+    // Reads the project file `settings::input_file` in one pass of lines (project_opening.cpp).
+    // Returns: false when the file is not usable; the log says why
+    bool newOpen();
+
+    // Writes the sections that were read to `the_settings.backup_file_name`, when
+    // `backup_written` is set (project_opening.cpp).
+    // Returns: false when the file can't be opened (error 133)
+    bool write();
+
+    // Writes the settings beside the project, as its associated settings file.
+    void save_associated_set();
+
+    // The frame of the result document (result_document.h).
+    void New_print_html_results_header(bool xml);
+    void New_print_html_results_footer(bool flag, bool xml);
+    void New_print_html_frames_output(bool flag);
+
+    Haplo_DB haplo_db;                     // haplotype definitions of the project
+    DistMat dist_mat;                      // the distance matrix section and its matrix
+    Samples* samples = nullptr;            // owned: the population samples; replaced for the group pass
+    Structure* structure = nullptr;        // owned: the genetic structure; replaced for the group pass
+    Mantel mantel;                         // the Mantel section
+    TAlleleDB allele_db;                   // every allele of the project
+    std::clock_t start_clock = 0;          // taken when the run starts
+    std::uint64_t elapsed_ms = 0;          // computing time of the run
+    bool haplotype_vectors_built = false;  // allele vectors of all `HaploDef` are built
+    bool phenotypes_converted = false;     // genotypes have been turned into pseudo-haplotypes
+    int run_number = 0;                    // raised at each run
+    bool backup_written = false;           // enables `write`; a front end's business
+    bool dist_matrix_computed = false;     // the haplotype matrix stands; cleared by `newOpen`
+    bool project_valid = false;            // set before `run`; false while the data are checked
+    settings the_settings;                 // all computation settings
+
+    // Separator of the project before, which the pre-pass of the next one applies to names. A
+    // "," project is therefore cleaned differently as first and as second of a batch.
+    char carried_separator() const { return LocusSeparator; }
+
+    // Why the last `run` or `explore` failed, in a few words, for standard error.
+    my_string failure_reason;
+
+private:
+    bool prepare_input();
+    bool read_project(std::fstream& results);
+    void remove_sequence_separator(std::fstream& results);
+    bool check_project(std::fstream& results);
+    void group_pass(std::fstream& results);
+    void population_pass(std::fstream& results);
+    void analyse_samples(std::fstream& results, const char* folder_label, const char* heading);
+    void build_haplotype_vectors();
+    void convert_phenotypes();
+};
+
+// Creates an empty file of that name, truncating it (project_opening.cpp).
+void create_mnp_example(char* path);
+
+}  // namespace mnd
