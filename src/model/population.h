@@ -1,0 +1,291 @@
+// One sample of a project, and what all genetic data types share in analysing it.
+//
+// The class of a sample is the data type of the project: the tree below keeps the analyses
+// of each type apart, while reading, the handling of gametes and the driver stay common.
+// The methods of one analysis are defined with that analysis; this header declares them.
+#pragma once
+
+#include <fstream>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "foundation/arrays.h"
+#include "foundation/bnum_mat.h"
+#include "foundation/my_string.h"
+#include "foundation/rect_mat.h"
+#include "input/profile.h"
+#include "model/allele_db.h"
+#include "model/haplotypes.h"
+#include "model/phenotypes.h"
+#include "model/pop_haplotypes.h"
+
+namespace mnd {
+
+class settings;
+class DistMat;
+
+// The number that stands for infinity in printed results: the largest of single precision.
+inline constexpr double kNumericalInfinity = 3.4028234663852886e+38;
+
+// The data of one sample as read from the project.
+class Population {
+public:
+    // Working fields of the between-sample analyses; nothing else reads them.
+    struct AmovaWork {
+        MY_TIArrayAsVector<PHaploDef>* work_list =
+            nullptr;                    // not owned: hapl_list or gamete_list of this sample
+        int amova_id = -1;              // number of the sample in the order of the structure
+        double SSD = 0.0;               // sum of squared distances within the sample
+        double SSD_div_n = 0.0;         // the same over the number of gene copies
+        double SSD_within_ind = 0.0;    // sum of squared distances within individuals
+        std::vector<double> perm_freq;  // owned: gene copies per matrix row, perm_size long
+        std::vector<int> perm_list;     // owned: the rows with a perm_freq that is not 0, first num_existing
+        int num_existing = 0;           // used entries of perm_list
+        int perm_size = 0;              // length of both vectors
+    };
+
+    std::vector<int>
+        polym_locus;          // owned: per locus, 1 if it is polymorphic in this sample; empty until compared
+    ProfileSettings profile;  // how the data are written: types, separator, missing-data mark
+    my_string name;
+    int id = -1;                                       // index in the project
+    MY_TIArrayAsVector<PHaploDef> hapl_list{10, 100};  // owned entries: distinct haplotypes with their counts
+    MY_TIArrayAsVector<PHaploDef> gamete_list{
+        10, 100};                    // owned entries: one of count 1 per gene copy, by individual
+    TPhenDB phen_db;                 // phenotypes of a genotypic sample
+    TAlleleDB* allele_db = nullptr;  // not owned: the allele store of the project, outlives every sample
+    TPopHaploDB hapl_db;             // working haplotypes of the estimations
+    int spare_count = 0;             // carried along by copies; no computation reads it
+    int nb_hapl = 0;                 // number of distinct haplotypes; rows of data while reading
+    int nb_orig_hapl = 0;            // the same before identical haplotypes were merged
+    double sample_size = 0.0;        // gene copies
+    double inv_sample_size = 1.0;    // 1 / sample_size; 1 for an empty sample
+    int phen_to_gam_done = 0;        // 1 once phen_to_gam has filled hapl_list
+    int RecessiveAllelesEM = 0;      // copy of the setting, taken by evaluate_work
+    AmovaWork amova;                 // see above; scalars are copied by assignment, vectors are released
+
+    Population();
+    // An empty sample that will be read under this profile.
+    Population(const my_string& sample_name, int sample_id, const ProfileSettings& sample_profile);
+    Population(const Population& other);
+    // Cleans this sample, then copies name, id, counts, size, profile, working haplotypes,
+    // phenotypes and hapl_list (entry by entry); polym_locus only if the source has one.
+    // gamete_list is not copied: whoever pools or copies samples fills it anew.
+    Population& operator=(const Population& other);
+    virtual ~Population();  // slots 1 and 2
+
+    // Slots 3 and 4; a bare sample has no analysis and no table to release.
+    virtual void test_methods(settings& s);
+    virtual void clean_bnum();
+
+    // A new sample of the same class with the same data, results at their defaults.
+    virtual Population* clone() const;
+
+    // Sets the scalars to their defaults and empties the sample.
+    void initialize();
+    // Releases permutation vectors, phenotypes, both lists, working haplotypes, polym_locus.
+    void clean();
+    // Releases amova.perm_freq and amova.perm_list.
+    void DeletePermutationVectors();
+
+    // --- Reading (input/samples_section.cpp) ---
+
+    // Read one data block, from the line behind SampleData={ to its closing brace; with
+    // external not 0 to the end of the stream, no brace needed.
+    //   haplo    gains the definitions met for the first time
+    //   line_no  running line number, raised for each line taken
+    //   line     working line; holds the last one read
+    // Result: 1, or 0 after a report and a line in the log.
+    int New_read_gametic_data(std::istream& file, Haplo_DB& haplo, int external, int& line_no,
+                              my_string& line);
+    int New_read_genotypic_data(std::istream& file, int external, int& line_no, my_string& line);
+    // The same blocks in the older, free-form syntax, for the token reader.
+    int read_gametic_data(std::istream& file, Haplo_DB& haplo, bool external);
+    int read_genotypic_data(std::istream& file, bool external);
+
+    // --- From texts to alleles and gametes (model/population.cpp) ---
+
+    // Inserts the recessive allele, weight 0, as the first allele of each locus of the
+    // project, once per allele store (its blanks_done). The number of loci is that of the
+    // first text of this sample. Reports: 152 with no data, 153 if an allele stands first.
+    void make_all_blanks(const char& sep);
+    // Turns every phenotype's two texts into pseudo-haplotypes; sep 0 means one character per
+    // locus. The alleles enter allele_db with half the phenotype's relative frequency each.
+    void build_allele_vectors(const char& sep);
+    // Turns a genotypic sample into gametes: fills hapl_list, and gamete_list if AMOVA,
+    // pairwise comparisons or the Mantel test will run. Definitions are found in db by
+    // content; new ones are named "h" and a number.
+    void phen_to_gam(Haplo_DB* db, ProfileSettings* project_profile, settings* s);
+    // Turns the estimated frequencies of hapl_db into whole counts in list (null: hapl_list).
+    // sample_size becomes their sum. Report: 160 for a null allele.
+    void h_pop_db_to_gam(Haplo_DB* db, MY_TIArrayAsVector<PHaploDef>* list = nullptr);
+    // hapl_list becomes one entry per definition of db, with its project-wide count.
+    // Reports: 56 if there was a list already, 157 if the sizes then differ.
+    void haplotype_transf(Haplo_DB& db);
+    // Merges entries of hapl_list of the same definition, keeping the first one's place.
+    void check_phaplodef_redond();
+    // Gives every allele that occurs in this sample its share at its locus as freq. Alleles
+    // not seen keep the value of the sample before: read freq of present alleles only.
+    // Report: 158 when a locus has no allele copies; the work ends there.
+    void update_allele_freq();
+    // Number of loci by the first definition's vector (haplotypic data) or by the first
+    // phenotype's first text; 0 without data.
+    int evaluate_nb_loci() const;
+
+    // True for haplotypic data, known phase, or once phen_to_gam has run: hapl_list is then
+    // the content of the sample.
+    bool has_haplotypes() const;
+
+    // Estimate of the steps that the tasks of s will take on this sample, in units of the
+    // progress display. Copies RecessiveAllelesEM; changes nothing else.
+    double evaluate_work(const settings& s);
+
+    // Writes which haplotypes this sample shares with other, by the classes of identical
+    // definitions (class_of[i] for the definition at matrix row i).
+    void print_out_redondant(std::ostream& out, const Population& other,
+                             const std::vector<int>& class_of) const;
+    // Merges entries whose definitions have the same class and distance exactly 0; emptied
+    // entries leave the list in order, nb_hapl follows, nb_orig_hapl keeps the old number.
+    void IdentifyIdenticalHaplotypes(const std::vector<int>& class_of, const DistMat& distances);
+
+    // Anchor of this sample in the result document with an entry of the tree.
+    void print_population_anchor(int level, settings& s, const my_string& suffix) const;
+
+    // --- Heterozygosity of genotypic samples (within/diversity) ---
+
+    // Observed and expected heterozygosity of a locus. Phenotypes with a missing allele there
+    // are left out; n is the number of individuals kept. All 0 if n is 0.
+    void compute_locus_heterozygosity(const int& locus, double& obs, double& exp, int& n) const;
+    // Writes the table of these for all loci to the result stream of s.
+    void compute_phenotype_heterozygosity(settings& s, const TPhenDB& phenotypes) const;
+};
+
+// Locus comparison, indices and analysis results common to all data types. Only its four
+// subclasses are analysed.
+class PopGenetics : public Population {
+public:
+    // Comparison of the loci, written by evaluate_polymorphism.
+    int nb_polym_loci = 0;              // polymorphic among the usable loci
+    HaploDef ref_hapl;                  // first column of comparison of DNA and RFLP samples
+    std::vector<double> missing_level;  // owned: per locus, proportion of missing gene copies
+    double allowed_missing = 0.0;       // copy of AllowedLevelOfMissingData
+    std::vector<int> usable_site;       // owned: per locus, 0 if it has too much missing data
+    int nb_usable_loci = 0;
+    int nb_loci = 0;  // loci or sites compared
+
+    // Distance between haplotypes. The driver sets the method before each task.
+    int distance_method = 0;            // number as in the settings file
+    double gamma_a = 0.0;               // shape of the gamma correction; 0: none
+    double distance = 0.0;              // result of the last pair
+    double distance_var = 0.0;          // its variance
+    int max_dist = 0;                   // integer part of the largest finite distance of dist_mat
+    std::unique_ptr<RectMat> dist_mat;  // owned: nb_hapl x nb_hapl, distance below the diagonal, for DNA and
+                                        // RFLP its standard deviation above it; null until computed
+
+    // Standard indices.
+    double sum_sq_freq = 0.0;        // sum of squared haplotype frequencies
+    double homozygosity = 0.0;       // sample homozygosity
+    double heterozygosity = 0.0;     // gene diversity
+    double sd_heterozygosity = 0.0;  // standard deviation of gene diversity, sampling process
+    double exp_k = 0.0;              // expected number of alleles, by k_est
+
+    // Molecular diversity and estimators of theta = 4Nu.
+    double mean_pairwise_diff = 0.0;
+    double sd_pairwise_diff = 0.0;
+    double nucl_diversity = 0.0;  // mean_pairwise_diff over the number of usable loci
+    double sd_nucl_diversity = 0.0;
+    double theta_S = 0.0;  // from the number of segregating sites
+    double sd_theta_S = 0.0;
+    double theta_hom = 0.0;  // from homozygosity; kNumericalInfinity when all copies differ
+    double sd_theta_hom = 0.0;
+    double theta_pi = 0.0;  // from the mean number of pairwise differences
+    double sd_theta_pi = 0.0;
+    double theta_k = 0.0;        // from the number of alleles
+    double theta_k_lower = 0.0;  // its 95 % confidence limits
+    double theta_k_upper = 0.0;
+
+    // Indices per locus.
+    std::vector<double> mean_allele_sizes;          // owned: microsatellites, mean size
+    std::vector<double> locus_heterozygosity;       // owned: gene diversity
+    std::vector<int> locus_nb_alleles;              // owned: number of alleles
+    std::vector<double> allele_range;               // owned: microsatellites, largest less smallest size
+    std::vector<double> garza_williamson;           // owned: microsatellites, k / (range + 1)
+    std::vector<double> garza_williamson_modified;  // owned: the same with the range over all samples
+
+    // Shared by all samples of the process.
+    static TAlleleDB globalAllelicDB;  // allele counts over all samples, for the summaries
+    static std::vector<bool>
+        globalSubstPolymSites;  // per site: a substitution in any sample; emptied per pass
+    static BnumMat BMat;        // B numbers of the sampling theory of neutral alleles
+    static int B_num_exist;     // 1 when BMat is filled
+
+    PopGenetics();
+    PopGenetics(const my_string& sample_name, int sample_id, const ProfileSettings& sample_profile);
+    explicit PopGenetics(const Population& other);
+    PopGenetics& operator=(const Population& other);
+    PopGenetics(const PopGenetics&) = delete;  // results are never copied, data are: use the forms above
+    PopGenetics& operator=(const PopGenetics&) = delete;
+    ~PopGenetics() override;
+
+    Population* clone() const override;
+    // Does nothing: each data type has its own driver of analyses.
+    void test_methods(settings& s) override;
+    // Shrinks the shared table of B numbers and forgets it.
+    void clean_bnum() override;
+    // Slots 5 to 7; empty here, with the result 0.
+    //
+    // check_data: are sizes and counts consistent? Sets sample_size to the sum of the entries.
+    // Reports 110 (sum), 111 (number of haplotypes), 161 or 139 (lengths); result 1 or 0.
+    virtual int check_data();
+    // Fills dist_mat from hapl_list by distance_method and gamma_a, over usable loci.
+    //   out            receives the matrix as text, if not null
+    //   scale_by_loci  not 0: proportional methods are scaled to differences per sequence
+    // Result: 1, or 0 after a report (108 no haplotypes, 136 no distance, 121 allele sizes).
+    virtual int compute_distance_matrix(std::fstream* out, settings* s, int scale_by_loci);
+    // Finds usable and polymorphic loci, by the representation that the data have.
+    // Result: 1, or 0 after a report (108 no haplotypes).
+    virtual int evaluate_polymorphism(const settings& s);
+
+    // Resets results and comparison to their defaults, not the data.
+    void initialize_results();
+    // Missing levels, usable and polymorphic loci from the allele vectors of hapl_list; 0
+    // with report 108 when the list is empty.
+    int compare_haplotypes();
+    // The same over both pseudo-haplotypes of each phenotype.
+    int compare_phenotypes();
+
+    // B numbers for n genes and k alleles: fills or grows the shared table. False when it
+    // cannot serve them (5000 genes and 1000 alleles are refused).
+    static bool ensure_B(int n, int k);
+    // At least the table of 200 genes by 80 alleles. Result: 1, or 0 if it was refused.
+    static int get_B_num_mat();
+
+    // --- Diversity (within/diversity) ---
+
+    // Sum of squared frequencies, of hapl_list or of a list; stored as sum_sq_freq.
+    double calc_F();
+    double calc_F(const MY_TISArrayAsVector<AHaplFreq>& list);
+    // homozygosity and heterozygosity (Nei 1987, Molecular Evolutionary Genetics, 8.4-8.5).
+    double calc_sample_homozygosity();
+    double calc_sample_homozygosity(const MY_TISArrayAsVector<AHaplFreq>& list);
+    // sd_heterozygosity (Nei 1987, 8.6).
+    double calc_sample_sd_heterozygosity();
+    // theta_hom and sd_theta_hom, from homozygosity under the infinite-allele model.
+    double calc_theta_Hom();
+    double calc_theta_Hom(const MY_TISArrayAsVector<AHaplFreq>& list);
+    // theta_S and sd_theta_S from S segregating sites among n gene copies.
+    void calc_theta_S(const int& n, const int& S);
+    // theta_pi and sd_theta_pi from the mean number of pairwise differences.
+    void calc_theta_pi(const double& pi);
+    // Expected number of alleles of n gene copies under theta (Ewens 1972).
+    double k_est(const double& theta, const int& n);
+    // Mean allele sizes of microsatellite loci, into mean_allele_sizes.
+    void computeMeanAlleleSizes();
+    // The tables of allele numbers and heterozygosity per locus, for haplotypes and genotypes.
+    void OutputAllelelNumberAndHetPerLocusHapl(settings& s);
+    void OutputAllelelNumberAndHetPerLocusDipl(settings& s);
+};
+
+}  // namespace mnd
