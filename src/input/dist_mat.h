@@ -1,0 +1,60 @@
+// The matrix of distances between haplotypes, read from a project or computed from its data.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <iosfwd>
+#include <vector>
+
+#include "foundation/my_string.h"
+#include "foundation/tri_mat.h"
+#include "input/profile.h"
+
+namespace mnd {
+
+// Where the labels of a matrix stand: on one line ahead of the rows, or before each row.
+enum LabelPlace : int { kLabelsOnLine = 0, kLabelsInColumn = 1 };
+
+// Distances between haplotypes; rows are bound to haplotypes through the labels. With
+// `conventional` set it holds no cells: 0 on the diagonal and 1 elsewhere.
+class DistMat : public TriMat, public ProfileSettings {
+public:
+    std::int32_t LabelPosition = kLabelsOnLine;  // a LabelPlace
+    my_string MatrixName;
+    std::int32_t MatrixSize = 0;    // rows; 0: no matrix is defined
+    std::vector<my_string> labels;  // label of each row, MatrixSize long; or empty
+
+    // No matrix.
+    DistMat();
+    // No matrix yet, but a triangle of n zeroed rows.
+    explicit DistMat(const int& n);
+    DistMat(const DistMat& other);
+    // Takes profile, name, size, label position, labels and cells of the other.
+    DistMat& operator=(const DistMat& other);
+    ~DistMat() = default;
+
+    // n zeroed rows with empty labels. Throws std::bad_alloc when n is too big.
+    void initializeMatrixAndArrays(const int& n);
+
+    // No matrix, no name, no labels; the cells are zeroed, `conventional` becomes 0.
+    void reset();
+
+    // Finds only where the matrix comes from: MatrixName becomes "none", "Defined In project
+    // file", or the name of the external file. The stream stands behind "[[DistanceMatrix]]" and
+    // is left at the next section.
+    // Returns: 1; 0 after a word that is no keyword (warning 23)
+    int get_mat_name(std::ifstream& is);
+
+    // Puts the project's folder before a name without slash and backslash. Without settings
+    // the name stays as it is, with a text in the log. out has kPathBuffer bytes.
+    void build_ext_name(char* out, const char* name) const;
+
+private:
+    bool read_matrix_source(std::ifstream& is);
+};
+
+// Writes the [[DistanceMatrix]] section in the form that is read again; nothing without a
+// matrix. Under XML the triangle stands in its own tag.
+std::ostream& operator<<(std::ostream& os, DistMat const& matrix);
+
+}  // namespace mnd

@@ -1,0 +1,75 @@
+// The genetic structure of a project: its samples divided into groups.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <iosfwd>
+#include <vector>
+
+#include "foundation/arrays.h"
+#include "foundation/my_string.h"
+#include "input/profile.h"
+
+namespace mnd {
+
+class Population;
+
+// Groups finished so far by the token reader.
+extern std::int32_t NbGroupsRead;
+
+// Most groups that the token reader stores.
+inline constexpr int kMaxExploredGroups = 1000;
+
+// The groups of samples to compare. They refer to samples of `Samples`, which must outlive
+// this; nothing here deletes a sample.
+class Structure : public ProfileSettings {
+public:
+    my_string StructureName;
+    std::int32_t NbSamples = 0;             // samples placed in all groups
+    std::int32_t NbGroups = 0;              // declared number of groups
+    std::vector<std::int32_t> group_sizes;  // samples in each group; NbGroups long, or empty
+    // Samples of each group in reading order, not owned; NbGroups long, or empty.
+    std::vector<MY_TIArrayAsVector<Population>> groups;
+
+    // No groups and no samples.
+    Structure();
+    // Takes the profile, and NbGroups from it.
+    explicit Structure(ProfileSettings const& profile);
+    // Copies all; the groups refer to the same samples.
+    Structure(const Structure& other);
+    Structure& operator=(const Structure& other);
+    ~Structure();
+
+    // Takes the profile, and NbGroups from it, with NbSamples 0; null sets both counts to 0.
+    void initialize(ProfileSettings const* profile);
+
+    // Gives up all groups; both counts become 0.
+    void reset();
+
+    // Makes NbGroups empty groups of size 0.
+    void allocate_groups();
+
+    // 1 when that very sample stands in a group, else 0.
+    int has_population(const Population* p) const;
+
+    // Lists the structure without knowing its samples: writes NbGroups and, between braces,
+    // the sample names of each group, a line each, to the file out_name, which is truncated.
+    // The stream stands behind "[[Structure]]".
+    // Returns: 1; 0 when a keyword is refused or the groups are not as many as declared
+    int explore(std::ifstream& is, char const* out_name);
+
+    // Handles one lower-case keyword for `explore`. Returns: 1, or 0 after its error.
+    int explore_content(std::ifstream& is, my_string keyword, std::ofstream& out);
+
+    // Heading, number of groups and the groups as they are written in a project file.
+    void print_structure(std::ostream& os) const;
+
+private:
+    int explore_nb_groups(std::ifstream& is, std::ofstream& out);
+    int explore_group(std::ifstream& is, std::ofstream& out);
+};
+
+// Writes the [[Structure]] section in the form that is read again; nothing without groups.
+std::ostream& operator<<(std::ostream& os, Structure const& structure);
+
+}  // namespace mnd
