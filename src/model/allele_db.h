@@ -46,7 +46,12 @@ public:
     TAllele& operator=(TAllele const& other);
 
     const my_string& name() const { return *this; }
+    // Whether the name is this one character, as with the missing-data mark.
+    bool is_char(char c) const { return len == 1 && str[0] == c; }
 };
+
+// Order of allele lists: by name, ascending.
+bool sorts_before(TAllele const& a, TAllele const& b);
 
 // Prints the name.
 std::ostream& operator<<(std::ostream& out, TAllele const& allele);

@@ -12,7 +12,7 @@
 
 namespace mnd {
 
-class DistMat;
+class DistMat;  // input/dist_mat.h
 
 // One haplotype definition: as an array, the alleles of its loci (not owned, they belong to the
 // allele database); empty until build_haplovect has run.
@@ -44,6 +44,8 @@ public:
     // Whether the other holds the same allele at each position of this one. Positions that
     // the other lacks differ; those that it has beyond are not looked at.
     bool hasSameAllelicContent(HaploDef const& other) const;
+    // Whether every locus holds the one-character allele c; false for no locus.
+    bool is_all_missing(char c) const;
 };
 
 // Name, tab and content; without content, a blank and the name.

@@ -28,6 +28,11 @@ public:
     TGenotype(TPopHaplotype* a, TPopHaplotype* b) : hapl_1(a), hapl_2(b) {}
 };
 
+// Descending prob.
+inline bool sorts_before(TGenotype const& a, TGenotype const& b) {
+    return a.prob > b.prob;
+}
+
 // Both haplotypes under each other, each in a field of width 13 with two blanks and a line end.
 std::ostream& operator<<(std::ostream& out, TGenotype const& genotype);
 
@@ -98,11 +103,13 @@ public:
     //   nb           individuals in the sample to be: real_freq = 1 / nb
     //   k            number of the individual
     //   cum1, cum2   cumulative frequencies, n1 and n2 entries, the last 1
-    //   db1, db2     names of the alleles, in the order of cum1 and cum2
+    //   db1, db2     one-locus haplotypes that hold the alleles, in the order of cum1 and cum2
+    //   alleles      accepted, no effect
     //   a1, a2       alleles that, drawn first at their locus, give way to the second draw
     // Draws: 4
     void build_resam_pheno(int nb, int k, double const* cum1, int n1, double const* cum2, int n2,
-                           TLocus const& db1, TLocus const& db2, long& seed, TAllele* a1, TAllele* a2);
+                           TPopHaploDB const& db1, TPopHaploDB const& db2, long& seed, TAlleleDB* alleles,
+                           TAllele* a1, TAllele* a2);
     // As build_sub_haplotype and copy_restricted_hapl, for both strings.
     void build_sub_phenotype(int const* mask, TPhenotype const& src);
     void copy_restricted_pheno(int const* list, TPhenotype const& src);
@@ -156,10 +163,13 @@ public:
     // Merges equal phenotypes into the first of them, adding freq and real_freq.
     // Cost: O(phenotypes x loci)
     void check_pheno_redundancy();
-    // A new sample of nb two-locus phenotypes with alleles drawn independently at both loci.
-    //   haplotypes   distribution whose margins are drawn from, in entry order
+    // Becomes a sample of nb two-locus individuals whose alleles are drawn independently at both
+    // loci, in proportion to the freq of the one-locus haplotypes of db1 and db2. The second form
+    // replaces the alleles a1 and a2, see TPhenotype::build_resam_pheno.
     // Draws: 4 an individual
-    void resample(int nb, TPopHaploDB const& haplotypes, long& seed, TAllele* a1, TAllele* a2);
+    void resample(int nb, TPopHaploDB const& db1, TPopHaploDB const& db2, long& seed, TAlleleDB* alleles);
+    void resample(int nb, TPopHaploDB const& db1, TPopHaploDB const& db2, long& seed, TAlleleDB* alleles,
+                  TAllele* a1, TAllele* a2);
     // Shuffles the alleles of the selected loci among all gene copies.
     //   loci   [0] number of loci, 1 or 2 (else error 118 and the work goes on)
     // Draws: one a gene copy and locus. Error 107 for a bad index, 119 for a changed number.

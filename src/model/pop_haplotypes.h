@@ -62,6 +62,9 @@ private:
     void copy_frequency_fields(TPopHaplotype const& src);
 };
 
+// Order of the printed table: operator<, but nothing moves before a haplotype without loci.
+bool sorts_before(TPopHaplotype const& a, TPopHaplotype const& b);
+
 // Each allele, followed by the separator if it is not 0.
 std::ostream& operator<<(std::ostream& out, TPopHaplotype const& haplotype);
 
@@ -200,6 +203,11 @@ public:
     // means and standard deviations. A size of 0 zeroes all; n below 2 gives no deviation.
     void calc_mean_freq(int const& n, int const& size);
 };
+
+// Descending freq.
+inline bool sorts_before(AHaplFreq const& a, AHaplFreq const& b) {
+    return a.freq > b.freq;
+}
 
 // freq and sd in 12.7, mean_count in 16.4, sd_count in 12.4, fixed and right-aligned; a line end.
 std::ostream& operator<<(std::ostream& out, AHaplFreq const& record);
