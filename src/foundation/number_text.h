@@ -1,35 +1,31 @@
-// Numbers read from text in the manner of the settings file and the run file.
+// Numbers as settings files and run files spell them.
 //
-// These parsers are lenient in their own way, and files are written with it in mind: they
-// never fail, and skip what they don't understand. The text is never null.
+// These parsers never fail: they take what they can use and skip the rest. Their ways with
+// stray characters are part of the file formats, and differ from the standard library's.
 #pragma once
 
 #include <cstdint>
 
 namespace mnd {
 
-// The digits of the text as one number: "1 2" and "1a2" give 12, "12.5" gives 125, the empty
-// text 0. A minus sign negates the digits behind it, whatever stands between ("1-2" gives
-// -2 + 10 = 8); one without a digit behind it negates the whole ("5-" gives -5).
-// A number beyond 64 bits wraps around.
-long my_atol(char const* text);
+// The digits of the text as one whole number, whatever stands between them: "1 2", "1a2" and
+// "12" are 12, "12.5" is 125, the empty text and null are 0. A minus sign flips the sign of the
+// digits behind it, so "1e-07" is 93; one with no digit behind it negates the total, so "5-"
+// is -5. More than 18 digits wrap around 64 bits.
+std::int64_t my_atol(const char* text);
 
-// my_atol, cut to 32 bits.
-int my_atoi(char const* text);
+// `my_atol`, cut to 32 bits.
+std::int32_t my_atoi(const char* text);
 
-// A number with a decimal point and perhaps an exponent behind a lower-case "d" or "e".
-//
-// The exponent is looked for behind the point only; without a point all of the text is
-// the integer part ("1e-07" gives 93: -7 and 100). A negative number loses the last digit
-// before its point ("-12.5" gives -1.5), its sign is applied to an exponent form twice
-// ("-1.5e2" is positive), and "-0.5" gives 0.5.
-// Kept on purpose: the numbers of existing files are read like that.
-// Tests: NumberText.AtofKeepsItsWayWithNegativeNumbers, NumberText.AtofWithoutAPoint
-double my_atof(char const* text);
-
-// Writes the number's decimal text into the buffer, which must have room (12 and 48 bytes);
-// returns the buffer. The last argument has no effect.
-char* my_itoa(int value, char* buffer, int format);
-char* my_ftoa(float value, char* buffer, float format);
+// A decimal number, with a fraction behind a point and an exponent behind a lower-case "d" or
+// "e". Three traits are kept on purpose, since existing files are read with them:
+//   - without a point the whole text is read by `my_atol`, so "1e-07" is 93e-07;
+//   - a negative number loses the last digit before its point ("-12.5" is -1.5), and "-0.5"
+//     is 0.5;
+//   - an exponent applies the sign of a leading minus once more ("-12.5e2" is 150).
+// Each non-blank character of the fraction counts as a digit of it. Fraction digits beyond the
+// 18th, which no double can hold, are left out. The quotient by a power of ten is taken, so
+// that "0.050000" is the double nearest to 0.05.
+double my_atof(const char* text);
 
 }  // namespace mnd
