@@ -1,12 +1,11 @@
 // Frame of the result document and the pages around it, and the appending of runs.
 //
 // Every analysis writes preformatted text into one document per project. A frameset page
-// shows it beside a folder tree, which the tree script (tree_script.h) builds.
+// shows it beside a folder tree, which the tree script (tree_script.h) builds. A file that
+// can't be opened loses its text without a message.
 #pragma once
 
 #include <fstream>
-#include <ios>
-#include <istream>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -28,28 +27,28 @@ struct ResultFileNames {
 // slash. The first three share the name of the document less its last four characters.
 ResultFileNames result_file_names(const std::string& result_file_name, const std::string& program_directory);
 
+// Name of a file behind the last slash or backslash of its path.
+std::string name_without_path(const std::string& path);
+
 // A result document, open for writing.
 struct OpenedDocument {
-    std::unique_ptr<std::fstream> stream;  // fails to write when the file can't be opened
+    std::unique_ptr<std::fstream> stream;  // in a failed state when the file can't be opened
     bool continues = false;                // earlier runs stand before this one (XML only)
 };
 
-// Opens the result document of a run. Appending keeps an XML document and positions the stream
-// so that its closing root tag is overwritten; an HTML document is emptied all the same, kept on
-// purpose. Without `append` the tree script and the tree page of earlier runs are deleted.
-OpenedDocument open_result_document(const settings& s, bool append, bool xml);
+// Opens the result document of a run.
+//   append   earlier runs stay in an XML document, and the stream stands where its closing root
+//            tag will be overwritten. A document whose last run was cut short is completed
+//            first, so that it stays well-formed. An HTML document is emptied all the same, kept
+//            on purpose. Without `append` the script and the page of the tree are deleted.
+OpenedDocument open_result_document(const std::string& result_file_name, bool append, bool xml);
 
-// Place where a further run of an XML document begins: just behind the last "</data>". A
-// document that does not end with the footer (its run was cut short) is continued at its end.
-// The stream's position is left undefined.
-std::streamoff next_run_position(std::istream& document);
-
-// Begins the text of a run, and the tree when there is none to continue: the frame of the
-// document or, in an appended run, only a new text element.
-//   project_name  project file without path
+// Begins the text of a run, once the names of its files stand in the settings: the frame of
+// the document or, where runs are appended, only a new text element. Starts the tree anew, with
+// its root and the entry of the log, when there is none to continue.
 //   document      result of `open_result_document`
-//   append        runs are appended
-void start_result_text(settings& s, const std::string& project_name, const OpenedDocument& document,
+//   project_name  project file without path
+void start_result_text(settings& s, const OpenedDocument& document, const std::string& project_name,
                        bool append, bool xml);
 
 // First lines of a document.
@@ -59,7 +58,7 @@ void New_print_html_results_header(std::ostream& results, const std::string& sty
 // Last lines of a document.
 void New_print_html_results_footer(std::ostream& results, bool xml);
 
-// Writes the frameset page and the tree page afresh.
+// Writes the frameset page and the tree page afresh, under the names in the settings.
 //   project_name  project file without path
 void New_print_html_frames_output(const settings& s, const std::string& project_name);
 
