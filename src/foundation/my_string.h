@@ -114,13 +114,15 @@ public:
     my_string extract_after(char c) const;
     // Splits off the next field of a line delimited by c: skips leading c, returns what
     // stands up to the next c, and leaves that c and all behind it here.
+    // Costs one move of the rest: to walk over a very long line, scan view() instead.
     my_string extract_sub_str(char c);
 
     // Stream input. At the end of a stream a text simply ends there and eofbit is set;
     // failbit too when nothing at all was read. Zero bytes inside a text are dropped.
 
     // One line without its LF, at most 149999 characters; always true. A CR at the end
-    // stays. A longer line gives its first 149999 characters and sets failbit.
+    // stays, a zero byte ends the text. A longer line gives its first 149999 characters and
+    // sets failbit: a loop over lines must test the stream, not only its end.
     bool read_line(std::istream& is);
     // Up to a blank, TAB, LF, zero byte or byte 255, which is consumed. A CR does not stop.
     // A stream that is failed already gives the empty text.
