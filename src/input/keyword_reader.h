@@ -147,6 +147,13 @@ my_string get_mnd_profile_my_string(char const* file_name, my_string section, my
 char get_mnd_profile_char(char const* file_name, my_string section, my_string subsection, my_string keyword,
                           char default_value);
 
+// ---- Numbers written as text
+
+// Write the number's decimal text into the buffer, which must have room for 12 and 48
+// bytes; return the buffer. The last argument has no effect.
+char* my_itoa(int value, char* buffer, int format);
+char* my_ftoa(float value, char* buffer, float format);
+
 // ---- The ini file of a front end; no part of a run.
 class IniFile {
 public:
