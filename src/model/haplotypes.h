@@ -23,6 +23,9 @@ public:
     my_string content;  // text; with a locus separator, the tokens joined by it
     int32_t count = 0;  // gene copies over the whole project
 
+    // Alleles in the vector; `count` is the number of gene copies here, not that of the base.
+    long num_alleles() const { return static_cast<long>(MY_TIArrayAsVector<TAllele>::count); }
+
     HaploDef();
     explicit HaploDef(my_string const& haplotype_name);
     HaploDef(HaploDef const& other);

@@ -1,0 +1,785 @@
+#include "model/phenotypes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <limits>
+#include <new>
+#include <ostream>
+#include <unordered_set>
+#include <utility>
+
+#include "foundation/format_guard.h"
+#include "foundation/random.h"
+#include "foundation/report.h"
+#include "foundation/special_functions.h"
+#include "model/integer_part.h"
+#include "model/text_tokens.h"
+
+namespace mnd {
+
+namespace {
+
+constexpr int kAlleleIndexTooLarge = 107;
+constexpr int kTooManyHetLoci = 114;
+constexpr int kAlleleNotSelected = 115;
+constexpr int kNoHaplotypeDrawn = 116;
+constexpr int kInvalidNumberOfLoci = 118;
+constexpr int kNumberOfAllelesChanged = 119;
+constexpr int kNumberOfPhenotypesChanged = 120;
+
+// Beyond this many heterozygous loci the genotypes cannot be listed.
+constexpr int kMaxHetLoci = 32;
+// Stands for the logarithm of 0.
+constexpr double kLowestLogLikelihood = -3.4028234663852886e+38;
+
+using AllelePair = std::pair<TAllele*, TAllele*>;
+
+// The alleles at one locus, in an order that does not depend on the string they stand in.
+AllelePair unordered_pair(TPhenotype const& phenotype, long locus) {
+    TAllele* a = phenotype.pseudo_hapl[0]->allele(locus);
+    TAllele* b = phenotype.pseudo_hapl[1]->allele(locus);
+    return std::less<>{}(b, a) ? AllelePair{b, a} : AllelePair{a, b};
+}
+
+bool has_both_strings(TPhenotype const& phenotype) {
+    return phenotype.pseudo_hapl[0] != nullptr && phenotype.pseudo_hapl[1] != nullptr;
+}
+
+// Loci at which both strings have an allele.
+long shared_loci(TPhenotype const& phenotype) {
+    return std::min(phenotype.pseudo_hapl[0]->alleles.count, phenotype.pseudo_hapl[1]->alleles.count);
+}
+
+std::size_t mix(std::size_t hash, void const* address) {
+    constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15ULL;
+    std::uint64_t mixed = (hash ^ (reinterpret_cast<std::uintptr_t>(address) >> 4)) * kGolden;
+    return static_cast<std::size_t>(mixed ^ (mixed >> 29));
+}
+
+std::size_t hash_pairs(TPhenotype const& phenotype) {
+    std::size_t hash = 0;
+    for (long l = 0; l < shared_loci(phenotype); ++l) {
+        const auto [a, b] = unordered_pair(phenotype, l);
+        hash = mix(mix(hash, a), b);
+    }
+    return hash;
+}
+
+}  // namespace
+
+// ---- TGenotype
+
+std::ostream& operator<<(std::ostream& out, TGenotype const& genotype) {
+    const FormatGuard guard(out);
+    for (TPopHaplotype const* haplotype : {genotype.hapl_1, genotype.hapl_2}) {
+        if (haplotype == nullptr) continue;
+        out << std::right << std::setw(13) << haplotype->view() << "  " << *haplotype << '\n';
+    }
+    return out;
+}
+
+// ---- TPhenotype: construction
+
+TPhenotype::TPhenotype() : genotypes(16, 50) {}
+
+TPhenotype::TPhenotype(my_string const& id, double const& f) : my_string(id), freq(f), genotypes(16, 50) {}
+
+TPhenotype::TPhenotype(TPopHaplotype const* a, TPopHaplotype const* b, int const& id) : TPhenotype() {
+    my_string::operator=(id);
+    freq = 1.0;
+    if (a != nullptr) set_pseudo_hapl(*a, 0);
+    if (b != nullptr) set_pseudo_hapl(*b, 1);
+}
+
+TPhenotype::TPhenotype(TPhenotype const& other) : TPhenotype() {
+    *this = other;
+}
+
+TPhenotype& TPhenotype::operator=(TPhenotype const& other) {
+    if (this == &other) return *this;
+    copy_scalars(other);
+    phen_prob = other.phen_prob;
+    nb_genotypes = other.nb_genotypes;
+    redundant = other.redundant;
+    nb_het_loci = other.nb_het_loci;
+    fully_homozygous = other.fully_homozygous;
+    for (std::size_t k = 0; k < pseudo_hapl.size(); ++k) {
+        pseudo_hapl[k] =
+            other.pseudo_hapl[k] ? std::make_unique<TPopHaplotype>(*other.pseudo_hapl[k]) : nullptr;
+        text[k] = other.text[k];
+    }
+    genotypes = other.genotypes;
+    return *this;
+}
+
+void TPhenotype::copy_scalars(TPhenotype const& src) {
+    my_string::operator=(src);
+    freq = src.freq;
+    real_freq = src.real_freq;
+}
+
+int TPhenotype::num_loci() const {
+    return pseudo_hapl[0] ? pseudo_hapl[0]->num_loci() : 0;
+}
+
+void TPhenotype::set_pseudo_hapl(TPopHaplotype const& h, int const& k) {
+    if (k != 0 && k != 1) return;
+    pseudo_hapl[static_cast<std::size_t>(k)] = std::make_unique<TPopHaplotype>(h);
+}
+
+void TPhenotype::read_pseudo_hapl(int k, TAlleleDB& db, char sep) {
+    if (k != 0 && k != 1) return;
+    const std::string_view data_text = text[static_cast<std::size_t>(k)].view();
+    auto haplotype = std::make_unique<TPopHaplotype>(sep);
+    haplotype->alleles.Reallocate(count_locus_texts(data_text, sep));
+    const double weight = real_freq / 2.0;
+    int locus = 0;
+    for_each_locus_text(data_text, sep, [&](std::string_view name) {
+        haplotype->alleles.Add(db.insert_allele(locus++, name, weight));
+    });
+    pseudo_hapl[static_cast<std::size_t>(k)] = std::move(haplotype);
+}
+
+void TPhenotype::build_sub_phenotype(int const* mask, TPhenotype const& src) {
+    kill_gen_list();
+    copy_scalars(src);
+    for (std::size_t k = 0; k < pseudo_hapl.size(); ++k) {
+        if (!src.pseudo_hapl[k]) continue;
+        auto part = std::make_unique<TPopHaplotype>();
+        part->build_sub_haplotype(mask, *src.pseudo_hapl[k]);
+        pseudo_hapl[k] = std::move(part);
+    }
+}
+
+void TPhenotype::copy_restricted_pheno(int const* list, TPhenotype const& src) {
+    kill_gen_list();
+    copy_scalars(src);
+    for (std::size_t k = 0; k < pseudo_hapl.size(); ++k) {
+        if (!src.pseudo_hapl[k]) continue;
+        auto part = std::make_unique<TPopHaplotype>();
+        part->copy_restricted_hapl(list, *src.pseudo_hapl[k]);
+        pseudo_hapl[k] = std::move(part);
+    }
+}
+
+void TPhenotype::kill_gen_list() {
+    genotypes.Flush();
+    nb_genotypes = 0;
+}
+
+void TPhenotype::delete_pheno() {
+    for (auto& haplotype : pseudo_hapl) {
+        if (haplotype) haplotype->alleles.Flush();
+    }
+    my_string::operator=("");
+    for (my_string& one_text : text)
+        one_text = "";
+    kill_gen_list();
+}
+
+// ---- TPhenotype: comparison
+
+bool TPhenotype::operator==(TPhenotype const& other) const {
+    if (!has_both_strings(*this) || !has_both_strings(other)) return freq == other.freq;
+    for (std::size_t k = 0; k < pseudo_hapl.size(); ++k) {
+        if (pseudo_hapl[k]->alleles.count != other.pseudo_hapl[k]->alleles.count) return false;
+    }
+    for (long l = 0; l < shared_loci(*this); ++l) {
+        if (unordered_pair(*this, l) != unordered_pair(other, l)) return false;
+    }
+    return true;
+}
+
+bool TPhenotype::is_all_missing(char c) const {
+    if (!has_both_strings(*this) || num_loci() == 0) return false;
+    const auto is_missing = [c](TAllele const* allele) { return allele->is_char(c); };
+    return std::all_of(pseudo_hapl.begin(), pseudo_hapl.end(), [&](auto const& haplotype) {
+        return std::all_of(haplotype->alleles.begin(), haplotype->alleles.end(), is_missing);
+    });
+}
+
+void TPhenotype::count_hetero_loci() {
+    nb_het_loci = 0;
+    if (!has_both_strings(*this)) return;
+    for (long l = 0; l < shared_loci(*this); ++l) {
+        if (pseudo_hapl[0]->allele(l) != pseudo_hapl[1]->allele(l)) ++nb_het_loci;
+    }
+}
+
+void TPhenotype::binary_inc(int* bits, int const& n) {
+    int i = 0;
+    for (; i < n && bits[i] != 0; ++i)
+        bits[i] = 0;
+    bits[i] = 1;
+}
+
+// ---- TPhenotype: genotypes
+
+namespace {
+
+struct PairHash {
+    std::size_t operator()(std::pair<TPopHaplotype*, TPopHaplotype*> const& pair) const {
+        return mix(mix(0, pair.first), pair.second);
+    }
+};
+
+// Lists the genotypes of one phenotype; a and b go from the strings as read to each
+// resolution in turn.
+class GenotypeBuilder {
+public:
+    GenotypeBuilder(TPhenotype& phenotype, TPopHaploDB& db, TAlleleDB* alleles)
+        : phenotype_(phenotype), db_(db), alleles_(alleles), num_loci_(shared_loci(phenotype)) {
+        for (long l = 0; l < num_loci_; ++l) {
+            if (strings(0).allele(l) != strings(1).allele(l)) het_positions_.push_back(l);
+        }
+        bits_.assign(static_cast<std::size_t>(num_loci_) + 6, 0);
+    }
+
+    // Known dominance: every way of exchanging the alleles of the heterozygous loci, but for the
+    // first, since exchanging all of them gives the same genotype.
+    void list_codominant(int64_t n) {
+        for (int64_t g = 0; g < n; ++g) {
+            TPopHaplotype a(strings(0));
+            TPopHaplotype b(strings(1));
+            for (std::size_t k = 1; k < het_positions_.size(); ++k) {
+                if (bits_[k - 1] != 0) exchange(a, b, het_positions_[k]);
+            }
+            add(a, b, false);
+            next();
+        }
+    }
+
+    // Recessive data: at each locus a homozygote is also one of that allele and the recessive.
+    void list_recessive(int64_t n, bool by_position) {
+        for (int64_t g = 0; g < n; ++g) {
+            TPopHaplotype a(strings(0));
+            TPopHaplotype b(strings(1));
+            for (long l = 0; l < num_loci_; ++l) {
+                if (bits_[static_cast<std::size_t>(l)] != 0) vary_locus(a, b, l, by_position);
+            }
+            add(a, b, true);
+            next();
+        }
+    }
+
+private:
+    TPopHaplotype const& strings(std::size_t k) const { return *phenotype_.pseudo_hapl[k]; }
+    static void exchange(TPopHaplotype& a, TPopHaplotype& b, long l) {
+        std::swap(a.alleles.data[l], b.alleles.data[l]);
+    }
+    void next() { TPhenotype::binary_inc(bits_.data(), static_cast<int>(num_loci_)); }
+
+    void vary_locus(TPopHaplotype& a, TPopHaplotype& b, long l, bool by_position) const {
+        TAllele* own = a.allele(l);
+        if (own != b.allele(l)) {
+            exchange(a, b, l);
+            return;
+        }
+        TAllele* recessive = (*alleles_)(by_position ? own->hapl_pos : own->locus, kBlankIndex);
+        if (recessive != nullptr && own != recessive) b.alleles.data[l] = recessive;
+    }
+
+    // B before A: the order of haplotypes in the database decides the random starts of EM.
+    void add(TPopHaplotype const& a, TPopHaplotype const& b, bool may_repeat) {
+        TPopHaplotype* in_b = db_.insert(b, 1.0);
+        TPopHaplotype* in_a = db_.insert(a, 1.0);
+        if (may_repeat && !seen_.insert(std::minmax(in_a, in_b, std::less<>{})).second) return;
+        phenotype_.genotypes.Add(std::make_unique<TGenotype>(in_a, in_b).release());
+        ++phenotype_.nb_genotypes;
+    }
+
+    TPhenotype& phenotype_;
+    TPopHaploDB& db_;
+    TAlleleDB* alleles_;  // not owned
+    long num_loci_;
+    std::vector<long> het_positions_;
+    std::vector<int> bits_;
+    std::unordered_set<std::pair<TPopHaplotype*, TPopHaplotype*>, PairHash> seen_;
+};
+
+}  // namespace
+
+void TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive,
+                                 bool by_position) {
+    constexpr const char* kSource = "TPhenotype::build_genotypes()";
+    count_hetero_loci();
+    fully_homozygous = recessive == 0 && nb_het_loci == 0 ? 1 : 0;
+    if (!has_both_strings(*this)) return;
+    const long loci = shared_loci(*this);
+    const bool vary_homozygotes = recessive != 0 && nb_het_loci != loci;
+    if (nb_het_loci > kMaxHetLoci || (vary_homozygotes && loci > kMaxHetLoci)) {
+        report(Error, kSource, kTooManyHetLoci);
+        return;
+    }
+    int64_t n = nb_genotypes;
+    if (vary_homozygotes) {
+        n = int64_t{1} << loci;
+    } else if (n == 0) {
+        n = nb_het_loci > 1 ? int64_t{1} << (nb_het_loci - 1) : 1;
+    }
+    nb_genotypes = 0;
+    genotypes.Flush();
+    try {
+        GenotypeBuilder builder(*this, db, alleles);
+        if (vary_homozygotes) {
+            builder.list_recessive(n, by_position);
+        } else {
+            builder.list_codominant(n);
+        }
+    } catch (const std::bad_alloc&) {
+        kill_gen_list();
+        report(Error, kSource, kTooManyHetLoci);
+    }
+}
+
+void TPhenotype::update_gen_prob() {
+    phen_prob = 0.0;
+    for (TGenotype* genotype : genotypes) {
+        const double f_1 = genotype->hapl_1->freq;
+        genotype->prob = fully_homozygous != 0 ? f_1 * f_1 : 2.0 * f_1 * genotype->hapl_2->freq;
+        phen_prob += genotype->prob;
+    }
+    if (phen_prob == 0.0) return;
+    for (TGenotype* genotype : genotypes)
+        genotype->rel_prob = genotype->prob / phen_prob;
+}
+
+void TPhenotype::update_hapl_freq_in_genotypes() {
+    for (TGenotype* genotype : genotypes) {
+        const double share = real_freq * genotype->rel_prob;
+        genotype->hapl_1->freq += share;
+        genotype->hapl_2->freq += share;
+    }
+}
+
+double TPhenotype::link_equil_pheno_prob() const {
+    double probability = 1.0;
+    if (!has_both_strings(*this)) return probability;
+    for (long l = 0; l < shared_loci(*this); ++l) {
+        TAllele const* a = pseudo_hapl[0]->allele(l);
+        TAllele const* b = pseudo_hapl[1]->allele(l);
+        if (a->selected == 0) {
+            report(Warning, "TPhenotype::link_equil_pheno_prob()", kAlleleNotSelected);
+        } else {
+            probability *= a->freq * b->freq;
+        }
+        if (a != b) probability *= 2.0;
+    }
+    return probability;
+}
+
+namespace {
+
+// Entry of a cumulative distribution whose interval holds u: the one below lies strictly
+// below u, the entry itself at u or above.
+TAllele* allele_at(double u, double const* cumulative, int n, TPopHaploDB const& db) {
+    const long i = std::lower_bound(cumulative, cumulative + n, u) - cumulative;
+    const TPopHaplotype* haplotype = db.at_const(std::min<long>(i, n - 1));
+    return haplotype == nullptr ? nullptr : haplotype->alleles.at_const(0);
+}
+
+}  // namespace
+
+void TPhenotype::build_resam_pheno(int nb, int k, double const* cum1, int n1, double const* cum2, int n2,
+                                   TPopHaploDB const& db1, TPopHaploDB const& db2, long& seed, TAlleleDB*,
+                                   TAllele* a1, TAllele* a2) {
+    kill_gen_list();
+    my_string::operator=(k);
+    freq = 1.0;
+    real_freq = nb > 0 ? 1.0 / nb : 0.0;
+    nb_het_loci = 2;
+    TAllele* first[2];
+    TAllele* second[2];
+    first[0] = allele_at(ran3(&seed), cum1, n1, db1);
+    second[0] = allele_at(ran3(&seed), cum1, n1, db1);
+    first[1] = allele_at(ran3(&seed), cum2, n2, db2);
+    second[1] = allele_at(ran3(&seed), cum2, n2, db2);
+    if (a1 != nullptr && first[0] == a1) first[0] = second[0];
+    if (a2 != nullptr && first[1] == a2) first[1] = second[1];
+    for (auto& haplotype : pseudo_hapl)
+        haplotype = std::make_unique<TPopHaplotype>();
+    pseudo_hapl[0]->build_sampled_haplo(k, first[0], first[1]);
+    pseudo_hapl[1]->build_sampled_haplo(k + 1, second[0], second[1]);
+    for (my_string& one_text : text)
+        one_text = "";
+}
+
+// ---- TPhenDB: the list
+
+TPhenDB::TPhenDB() : MY_TIArrayAsVector<TPhenotype>(10, 100) {}
+
+TPhenDB::TPhenDB(int const& n, TPopHaploDB const& db) : TPhenDB() {
+    constexpr int kMaxFailures = 100;
+    const HaplotypeSampler sampler(db);
+    int failures = 0;
+    for (int id = 0; id < n;) {
+        const TPopHaplotype* a = sampler.select(ran3());
+        const TPopHaplotype* b = sampler.select(ran3());
+        if (a == nullptr || b == nullptr) {
+            report(Error, "TPhenDB::create_random_list()", kNoHaplotypeDrawn);
+            if (++failures >= kMaxFailures) return;
+            continue;
+        }
+        Add(std::make_unique<TPhenotype>(a, b, id).release());
+        ++id;
+    }
+}
+
+TPhenDB::TPhenDB(TPhenDB const& other)
+    : MY_TIArrayAsVector<TPhenotype>(other),
+      cursor(other.cursor),
+      ln_likelihood(other.ln_likelihood),
+      identity_coeff(other.identity_coeff),
+      inbreeding(other.inbreeding) {}
+
+TPhenDB& TPhenDB::operator=(TPhenDB const& other) = default;
+
+void TPhenDB::destroy() {
+    Flush();
+}
+
+int TPhenDB::num_loci() const {
+    return count > 0 ? data[0]->num_loci() : 0;
+}
+
+int TPhenDB::nb_individuals() const {
+    int n = 0;
+    for (TPhenotype const* phenotype : *this)
+        n += integer_part(phenotype->freq);
+    return n;
+}
+
+void TPhenDB::convert_freq_to_real() {
+    double sum = 0.0;
+    for (TPhenotype const* phenotype : *this)
+        sum += phenotype->freq;
+    for (TPhenotype* phenotype : *this)
+        phenotype->real_freq = sum > 0.0 ? phenotype->freq / sum : 0.0;
+}
+
+void TPhenDB::build_sub_PhenDB(int const* mask, TPhenDB const& src) {
+    Flush();
+    for (TPhenotype const* phenotype : src) {
+        auto part = std::make_unique<TPhenotype>();
+        part->build_sub_phenotype(mask, *phenotype);
+        Add(part.release());
+    }
+}
+
+void TPhenDB::create_temp_PhenDB(int const* list, TPhenDB const& src) {
+    Flush();
+    for (TPhenotype const* phenotype : src) {
+        auto part = std::make_unique<TPhenotype>();
+        part->copy_restricted_pheno(list, *phenotype);
+        Add(part.release());
+    }
+}
+
+// ---- TPhenDB: estimation
+
+void TPhenDB::build_all_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive) {
+    for (TPhenotype* phenotype : *this)
+        phenotype->build_genotypes(db, alleles, recessive, false);
+}
+
+void TPhenDB::kill_gen_lists() {
+    for (TPhenotype* phenotype : *this)
+        phenotype->kill_gen_list();
+}
+
+void TPhenDB::update_genotypes() {
+    for (TPhenotype* phenotype : *this)
+        phenotype->update_gen_prob();
+}
+
+void TPhenDB::update_hapl_freq(TPopHaploDB& db) {
+    db.reset_freq();
+    for (TPhenotype* phenotype : *this)
+        phenotype->update_hapl_freq_in_genotypes();
+}
+
+double TPhenDB::calc_ln_likelihood() {
+    double sum = 0.0;
+    for (TPhenotype const* phenotype : *this) {
+        if (!(phenotype->phen_prob > 0.0)) return ln_likelihood = kLowestLogLikelihood;
+        sum += phenotype->freq * std::log(phenotype->phen_prob);
+    }
+    return ln_likelihood = sum;
+}
+
+double TPhenDB::link_equil_ln_likelihood() const {
+    double sum = 0.0;
+    for (TPhenotype const* phenotype : *this) {
+        const double probability = phenotype->link_equil_pheno_prob();
+        if (!(probability > 0.0)) return kLowestLogLikelihood;
+        sum += phenotype->freq * std::log(probability);
+    }
+    return sum;
+}
+
+double TPhenDB::calc_ln_multinom() const {
+    int total = 0;
+    double sum = 0.0;
+    for (TPhenotype const* phenotype : *this) {
+        const int k = integer_part(phenotype->freq);
+        sum += factln(k);
+        total += k;
+    }
+    return factln(total) - sum;
+}
+
+namespace {
+
+// Relative frequencies of the haplotypes that the strings show.
+TPopHaploDB counted_haplotypes(TPhenDB const& phenotypes) {
+    TPopHaploDB counted;
+    for (TPhenotype const* phenotype : phenotypes) {
+        for (auto const& haplotype : phenotype->pseudo_hapl) {
+            if (haplotype) counted.insert(*haplotype, 1.0);
+        }
+    }
+    for (TPopHaplotype* haplotype : counted)
+        haplotype->freq /= 2.0 * static_cast<double>(phenotypes.count);
+    return counted;
+}
+
+double difference_to(TPopHaplotype const& haplotype, TPopHaplotype const* equal) {
+    return equal == nullptr ? haplotype.freq : std::fabs(haplotype.freq - equal->freq);
+}
+
+}  // namespace
+
+double TPhenDB::compute_IF_coeff(TPopHaploDB* db) {
+    const TPopHaploDB counted = counted_haplotypes(*this);
+    for (TPopHaplotype* haplotype : *db)
+        haplotype->visited = 0;
+    double sum = 0.0;
+    long found = 0;
+    for (TPopHaplotype const* haplotype : counted) {
+        TPopHaplotype* equal = db->find(*haplotype);
+        sum += difference_to(*haplotype, equal);
+        if (equal == nullptr) continue;
+        equal->visited = 1;
+        ++found;
+    }
+    if (found != db->count) {
+        for (TPopHaplotype const* haplotype : *db) {
+            if (haplotype->visited == 0) sum += difference_to(*haplotype, counted.find(*haplotype));
+        }
+    }
+    return identity_coeff = 1.0 - 0.5 * sum;
+}
+
+// ---- TPhenDB: rearranging
+
+void TPhenDB::explode_base() {
+    constexpr double kRounding = 0.0001;
+    const long entries = count;
+    int64_t individuals = 0;
+    for (long e = 0; e < entries; ++e) {
+        TPhenotype& phenotype = *data[e];
+        const int k = integer_part(phenotype.freq + kRounding);
+        individuals += k;
+        if (k > 1) phenotype.real_freq /= k;
+        phenotype.freq = 1.0;
+        for (int copy = 1; copy < k; ++copy)
+            Add(std::make_unique<TPhenotype>(phenotype).release());
+    }
+    if (individuals != count) report(Error, "TPhenDB::explode_base()", kNumberOfPhenotypesChanged);
+}
+
+namespace {
+
+void merge_into(TPhenotype& first, TPhenotype& later) {
+    first.freq += later.freq;
+    first.real_freq += later.real_freq;
+    later.redundant = 1;
+}
+
+// Pair by pair, as needed where phenotypes without strings are equal by their growing freq.
+void mark_by_comparing_all(TPhenDB& db) {
+    for (long i = 0; i < db.count; ++i) {
+        if (db.data[i]->redundant != 0) continue;
+        for (long j = i + 1; j < db.count; ++j) {
+            if (db.data[j]->redundant == 0 && *db.data[i] == *db.data[j])
+                merge_into(*db.data[i], *db.data[j]);
+        }
+    }
+}
+
+void mark_by_hash(TPhenDB& db) {
+    FirstMatchIndex index;
+    const auto same = [&](long i, long j) { return *db.data[i] == *db.data[j]; };
+    std::vector<std::size_t> hashes;
+    for (TPhenotype const* phenotype : db)
+        hashes.push_back(hash_pairs(*phenotype));
+    index.cover(
+        db.count, [&](long i) { return hashes[static_cast<std::size_t>(i)]; }, same);
+    for (long i = 0; i < db.count; ++i) {
+        const long first =
+            index.first(hashes[static_cast<std::size_t>(i)], [&](long j) { return same(i, j); });
+        if (first != i) merge_into(*db.data[first], *db.data[i]);
+    }
+}
+
+}  // namespace
+
+void TPhenDB::check_pheno_redundancy() {
+    for (TPhenotype* phenotype : *this)
+        phenotype->redundant = 0;
+    if (std::all_of(begin(), end(), [](TPhenotype const* p) { return has_both_strings(*p); })) {
+        mark_by_hash(*this);
+    } else {
+        mark_by_comparing_all(*this);
+    }
+    long kept = 0;
+    for (long i = 0; i < count; ++i) {
+        TPhenotype* phenotype = data[i];
+        if (phenotype->redundant != 0) {
+            delete phenotype;
+        } else {
+            data[kept++] = phenotype;
+        }
+    }
+    std::fill(data.get() + kept, data.get() + count, nullptr);
+    count = kept;
+}
+
+namespace {
+
+std::vector<double> cumulative_frequencies(TPopHaploDB const& db) {
+    std::vector<double> cumulative;
+    double sum = 0.0;
+    for (TPopHaplotype const* haplotype : db)
+        cumulative.push_back(sum += haplotype->freq);
+    if (sum > 0.0) {
+        for (double& c : cumulative)
+            c /= sum;
+    }
+    return cumulative;
+}
+
+}  // namespace
+
+void TPhenDB::resample(int nb, TPopHaploDB const& db1, TPopHaploDB const& db2, long& seed,
+                       TAlleleDB* alleles) {
+    resample(nb, db1, db2, seed, alleles, nullptr, nullptr);
+}
+
+void TPhenDB::resample(int nb, TPopHaploDB const& db1, TPopHaploDB const& db2, long& seed, TAlleleDB* alleles,
+                       TAllele* a1, TAllele* a2) {
+    Flush();
+    const std::vector<double> cum1 = cumulative_frequencies(db1);
+    const std::vector<double> cum2 = cumulative_frequencies(db2);
+    if (cum1.empty() || cum2.empty()) return;
+    for (int k = 0; k < nb; ++k) {
+        auto phenotype = std::make_unique<TPhenotype>();
+        phenotype->build_resam_pheno(nb, k, cum1.data(), static_cast<int>(cum1.size()), cum2.data(),
+                                     static_cast<int>(cum2.size()), db1, db2, seed, alleles, a1, a2);
+        Add(phenotype.release());
+    }
+}
+
+namespace {
+
+// Both alleles of every phenotype that has them at this position, pair by pair.
+std::vector<TAllele**> allele_slots(TPhenDB const& db, long position) {
+    std::vector<TAllele**> slots;
+    for (TPhenotype const* phenotype : db) {
+        for (auto const& haplotype : phenotype->pseudo_hapl) {
+            if (haplotype && position < haplotype->alleles.count) {
+                slots.push_back(&haplotype->alleles.data[position]);
+            }
+        }
+    }
+    return slots;
+}
+
+}  // namespace
+
+void TPhenDB::permute_alleles(int const* loci, long& seed) {
+    constexpr const char* kSource = "TPhenDB::permute_alleles()";
+    const int selected = loci[0];
+    if (selected != 1 && selected != 2) report(Error, kSource, kInvalidNumberOfLoci);
+    for (long position = 0; position < std::min(selected, num_loci()); ++position) {
+        const std::vector<TAllele**> slots = allele_slots(*this, position);
+        const int n = static_cast<int>(slots.size());
+        int remaining = n;
+        for (int i = 0; i < n; ++i, --remaining) {
+            const int r = static_cast<int>(i + remaining * ran3(&seed));
+            if (r >= n) {
+                report(Error, kSource, kAlleleIndexTooLarge);
+                return;
+            }
+            std::swap(*slots[static_cast<std::size_t>(i)], *slots[static_cast<std::size_t>(r)]);
+        }
+        if (n != 2 * count) report(Error, kSource, kNumberOfAllelesChanged);
+    }
+}
+
+// ---- TPhenDB: tests
+
+namespace {
+
+// n ln n, with its limit 0 at n = 0.
+double n_ln_n(double n) {
+    return n > 0.0 ? n * std::log(n) : 0.0;
+}
+
+double& count_of(std::vector<std::pair<AllelePair, double>>& counts, AllelePair const& key) {
+    for (auto& [pair, n] : counts) {
+        if (pair == key) return n;
+    }
+    return counts.emplace_back(key, 0.0).second;
+}
+
+}  // namespace
+
+double TPhenDB::hw_chi_stat(TAlleleDB*, int, char c, int& df) const {
+    constexpr double kFailed = -1000.0;
+    std::vector<std::pair<AllelePair, double>> genotypes;
+    std::vector<std::pair<AllelePair, double>> alleles;
+    double n = 0.0;
+    double heterozygotes = 0.0;
+    for (TPhenotype const* phenotype : *this) {
+        if (!has_both_strings(*phenotype) || phenotype->pseudo_hapl[0]->num_loci() != 1 ||
+            phenotype->pseudo_hapl[1]->num_loci() != 1) {
+            report(Error, "TPhenDB::hw_chi_stat()", kInvalidNumberOfLoci);
+            return kFailed;
+        }
+        const AllelePair pair = unordered_pair(*phenotype, 0);
+        if (pair.first->is_char(c) || pair.second->is_char(c)) continue;
+        count_of(genotypes, pair) += phenotype->freq;
+        count_of(alleles, {pair.first, nullptr}) += phenotype->freq;
+        count_of(alleles, {pair.second, nullptr}) += phenotype->freq;
+        if (pair.first != pair.second) heterozygotes += phenotype->freq;
+        n += phenotype->freq;
+    }
+    const int k = static_cast<int>(alleles.size());
+    df = k < 2 ? 0 : k * (k - 1) / 2;
+    if (k < 2) return 0.0;
+    double observed = -n_ln_n(n);
+    for (auto const& entry : genotypes)
+        observed += n_ln_n(entry.second);
+    double expected = heterozygotes * std::log(2.0) - n_ln_n(2.0 * n);
+    for (auto const& entry : alleles)
+        expected += n_ln_n(entry.second);
+    return 2.0 * (observed - expected);
+}
+
+int TPhenDB::get_num_of_deg_freed() const {
+    std::unordered_set<TAllele const*> seen[2];
+    for (TPhenotype const* phenotype : *this) {
+        for (auto const& haplotype : phenotype->pseudo_hapl) {
+            for (long l = 0; l < 2; ++l) {
+                if (haplotype && l < haplotype->alleles.count) seen[l].insert(haplotype->allele(l));
+            }
+        }
+    }
+    const int k_1 = static_cast<int>(seen[0].size());
+    const int k_2 = static_cast<int>(seen[1].size());
+    return std::max(k_1 - 1, 0) * std::max(k_2 - 1, 0);
+}
+
+}  // namespace mnd
