@@ -5,6 +5,9 @@
 #include <string>
 
 #include "model/text_tokens.h"
+#include "run/errors.h"
+#include "run/process.h"
+#include "run/settings.h"
 
 namespace mnd {
 
@@ -133,6 +136,20 @@ void Haplo_DB::rm_separators(char sep) {
         definition->content = kept.c_str();
     }
     content_changed();
+}
+
+void Haplo_DB::build_ext_name(char* out, char const* file) const {
+    const std::string_view file_name(file);
+    my_string path(file);
+    if (file_name.find_first_of("\\/") == std::string_view::npos) {
+        if (the_settings != nullptr) {
+            path = the_settings->project_directory + path;
+        } else {
+            *_AOS_ << "Pointer to project dir is not initialized. ERROR";
+        }
+    }
+    const std::string_view whole = path.view().substr(0, kPathBuffer - 1);
+    out[whole.copy(out, whole.size())] = '\0';
 }
 
 }  // namespace mnd

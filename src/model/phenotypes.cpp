@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "foundation/format_guard.h"
+#include "foundation/message_codes.h"
 #include "foundation/random.h"
 #include "foundation/report.h"
 #include "foundation/special_functions.h"
@@ -19,14 +20,6 @@
 namespace mnd {
 
 namespace {
-
-constexpr int kAlleleIndexTooLarge = 107;
-constexpr int kTooManyHetLoci = 114;
-constexpr int kAlleleNotSelected = 115;
-constexpr int kNoHaplotypeDrawn = 116;
-constexpr int kInvalidNumberOfLoci = 118;
-constexpr int kNumberOfAllelesChanged = 119;
-constexpr int kNumberOfPhenotypesChanged = 120;
 
 // Beyond this many heterozygous loci the genotypes cannot be listed.
 constexpr int kMaxHetLoci = 32;
@@ -309,7 +302,7 @@ void TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const&
     const long loci = shared_loci(*this);
     const bool vary_homozygotes = recessive != 0 && nb_het_loci != loci;
     if (nb_het_loci > kMaxHetLoci || (vary_homozygotes && loci > kMaxHetLoci)) {
-        report(Error, kSource, kTooManyHetLoci);
+        report(Error, kSource, kTooManyHeterozygousLoci);
         return;
     }
     int64_t n = nb_genotypes;
@@ -329,7 +322,7 @@ void TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const&
         }
     } catch (const std::bad_alloc&) {
         kill_gen_list();
-        report(Error, kSource, kTooManyHetLoci);
+        report(Error, kSource, kTooManyHeterozygousLoci);
     }
 }
 
@@ -360,7 +353,7 @@ double TPhenotype::link_equil_pheno_prob() const {
         TAllele const* a = pseudo_hapl[0]->allele(l);
         TAllele const* b = pseudo_hapl[1]->allele(l);
         if (a->selected == 0) {
-            report(Warning, "TPhenotype::link_equil_pheno_prob()", kAlleleNotSelected);
+            report(Warning, "TPhenotype::link_equil_pheno_prob()", kNonSelectedAlleles);
         } else {
             probability *= a->freq * b->freq;
         }
@@ -417,7 +410,7 @@ TPhenDB::TPhenDB(int const& n, TPopHaploDB const& db) : TPhenDB() {
         const TPopHaplotype* a = sampler.select(ran3());
         const TPopHaplotype* b = sampler.select(ran3());
         if (a == nullptr || b == nullptr) {
-            report(Error, "TPhenDB::create_random_list()", kNoHaplotypeDrawn);
+            report(Error, "TPhenDB::create_random_list()", kSpecifiedAlleleNotFound);
             if (++failures >= kMaxFailures) return;
             continue;
         }
@@ -701,7 +694,7 @@ std::vector<TAllele**> allele_slots(TPhenDB const& db, long position) {
 void TPhenDB::permute_alleles(int const* loci, long& seed) {
     constexpr const char* kSource = "TPhenDB::permute_alleles()";
     const int selected = loci[0];
-    if (selected != 1 && selected != 2) report(Error, kSource, kInvalidNumberOfLoci);
+    if (selected != 1 && selected != 2) report(Error, kSource, kInvalidNumberOfSelectedLoci);
     for (long position = 0; position < std::min(selected, num_loci()); ++position) {
         const std::vector<TAllele**> slots = allele_slots(*this, position);
         const int n = static_cast<int>(slots.size());
@@ -709,7 +702,7 @@ void TPhenDB::permute_alleles(int const* loci, long& seed) {
         for (int i = 0; i < n; ++i, --remaining) {
             const int r = static_cast<int>(i + remaining * ran3(&seed));
             if (r >= n) {
-                report(Error, kSource, kAlleleIndexTooLarge);
+                report(Error, kSource, kAlleleIndexExceedsVector);
                 return;
             }
             std::swap(*slots[static_cast<std::size_t>(i)], *slots[static_cast<std::size_t>(r)]);
@@ -745,7 +738,7 @@ double TPhenDB::hw_chi_stat(TAlleleDB*, int, char c, int& df) const {
     for (TPhenotype const* phenotype : *this) {
         if (!has_both_strings(*phenotype) || phenotype->pseudo_hapl[0]->num_loci() != 1 ||
             phenotype->pseudo_hapl[1]->num_loci() != 1) {
-            report(Error, "TPhenDB::hw_chi_stat()", kInvalidNumberOfLoci);
+            report(Error, "TPhenDB::hw_chi_stat()", kInvalidNumberOfSelectedLoci);
             return kFailed;
         }
         const AllelePair pair = unordered_pair(*phenotype, 0);

@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "foundation/format_guard.h"
+#include "foundation/message_codes.h"
 #include "foundation/random.h"
 #include "foundation/report.h"
 #include "foundation/special_functions.h"
@@ -18,10 +19,6 @@
 namespace mnd {
 
 namespace {
-
-constexpr int kNotAbsoluteFrequencies = 106;
-constexpr int kAlleleIndexTooLarge = 107;
-constexpr int kNoMemory = 0;
 
 // Stands at positions for which there is no allele of the data.
 TAllele& default_allele() {
@@ -75,7 +72,7 @@ TPopHaplotype& TPopHaplotype::operator=(TPopHaplotype const& other) {
     try {
         alleles = other.alleles;
     } catch (const std::bad_alloc&) {
-        report(Memory, "TPopHaplotype::operator=()", kNoMemory);
+        report(Memory, "TPopHaplotype::operator=()", kNotEnoughMemory);
     }
     return *this;
 }
@@ -401,7 +398,7 @@ void TPopHaploDB::permute(int* n_loci) {
         for (int i = 0; i < n; ++i, --remaining) {
             const int r = static_cast<int>(i + remaining * ran3());
             if (r >= n) {
-                report(Error, "TPopHaploDB::permute_alleles()", kAlleleIndexTooLarge);
+                report(Error, "TPopHaploDB::permute_alleles()", kAlleleIndexExceedsVector);
                 return;
             }
             std::swap(data[i]->alleles.data[l], data[r]->alleles.data[l]);
@@ -454,7 +451,7 @@ void TPopHaploDB::explode_base() {
         TPopHaplotype& haplotype = *data[e];
         const int k = integer_part(haplotype.freq + kRounding);
         if (std::fabs(k - haplotype.freq) > kTolerance) {
-            report(Warning, "TPopHaploDB::explode_base()", kNotAbsoluteFrequencies);
+            report(Warning, "TPopHaploDB::explode_base()", kFrequenciesNotAbsolute);
         }
         if (k <= 1) continue;
         haplotype.freq = 1.0;
@@ -543,7 +540,7 @@ void TPopHaploDB::print(std::ostream& out, int use_compact, double thr) {
     try {
         sorted.assign(begin(), end());
     } catch (const std::bad_alloc&) {
-        report(Memory, "TPopHaploDB::print()", kNoMemory);
+        report(Memory, "TPopHaploDB::print()", kNotEnoughMemory);
         return;
     }
     std::stable_sort(sorted.begin(), sorted.end(),
