@@ -18,6 +18,9 @@
 
 namespace mnd {
 
+class cleaner;
+struct OpenedDocument;
+
 // The central object of the process. It is made once by `mendstart`, and emptied, not
 // destroyed, between projects; its base holds the values of the [Profile] section.
 class Project : public ProfileSettings {
@@ -106,15 +109,33 @@ public:
     my_string failure_reason;
 
 private:
-    bool prepare_input();
-    bool read_project(std::fstream& results);
+    // Stages of `run`.
+    void use_cleaned_copy(cleaner& pre_pass);
+    void name_result_files();
+    void start_document(const OpenedDocument& document);
+    bool read_project();
     void remove_sequence_separator(std::fstream& results);
+    void describe_project(std::fstream& results);
     bool check_project(std::fstream& results);
+    void analyse_level(std::fstream& results, const char* label, const char* heading);
     void group_pass(std::fstream& results);
     void population_pass(std::fstream& results);
-    void analyse_samples(std::fstream& results, const char* folder_label, const char* heading);
+    void finish_run(std::fstream& results, char separator, cleaner& pre_pass);
+    bool abandon_run();
+
+    // Stages of `make_run_possible`.
     void build_haplotype_vectors();
     void convert_phenotypes();
+    void build_phenotype_vectors();
+    void prepare_gametes();
+    bool refuse_recessive_with_known_phase();
+    bool check_structure_tasks();
+
+    void convert_individuals(std::fstream& results);  // stage of `GenStructCalculations`
+
+    // Stages of `explore`.
+    bool refuse(int code);
+    bool explore_subsection(std::ifstream& file, int subsection);
 };
 
 // Creates an empty file of that name, truncating it (project_opening.cpp).

@@ -1,0 +1,379 @@
+// The run of one project, from the pre-pass to the footer.
+#include <array>
+#include <cmath>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "foundation/escape.h"
+#include "foundation/format_guard.h"
+#include "results/result_document.h"
+#include "results/tree_script.h"
+#include "results/xml_tags.h"
+#include "run/cleaner.h"
+#include "run/errors.h"
+#include "run/process.h"
+#include "run/project.h"
+#include "run/tasks.h"
+
+namespace mnd {
+
+namespace {
+
+const std::string kSlashes(68, '/');
+const std::string kEquals(60, '=');
+
+// Lends the result document to the settings and to the error channel for the length of a run.
+class DocumentLoan {
+public:
+    DocumentLoan(settings& s, std::fstream* document) : s_(s) {
+        s_.result_stream = document;
+        E.result_stream = document;
+    }
+    ~DocumentLoan() {
+        s_.result_stream = nullptr;
+        E.result_stream = nullptr;
+    }
+    DocumentLoan(const DocumentLoan&) = delete;
+    DocumentLoan& operator=(const DocumentLoan&) = delete;
+
+private:
+    settings& s_;
+};
+
+// Removes the cleaned copies when a run ends, whichever way it ends.
+class CleanedCopies {
+public:
+    CleanedCopies() = default;
+    ~CleanedCopies() { pre_pass.rm_clean_files(); }
+    CleanedCopies(const CleanedCopies&) = delete;
+    CleanedCopies& operator=(const CleanedCopies&) = delete;
+
+    cleaner pre_pass;
+};
+
+// Puts pooled samples and their structure in place of the project's own for one pass.
+class LevelSwap {
+public:
+    LevelSwap(Project& project, Samples& samples, Structure& structure)
+        : project_(project), samples_(project.samples), structure_(project.structure) {
+        project_.samples = &samples;
+        project_.structure = &structure;
+    }
+    ~LevelSwap() {
+        project_.samples = samples_;
+        project_.structure = structure_;
+        project_.the_settings.current_samples = samples_;
+    }
+    LevelSwap(const LevelSwap&) = delete;
+    LevelSwap& operator=(const LevelSwap&) = delete;
+
+private:
+    Project& project_;
+    Samples* samples_;      // not owned: put back at the end
+    Structure* structure_;  // not owned: put back at the end
+};
+
+std::string formatted_time(const char* format) {
+    const std::time_t now = std::time(nullptr);
+    std::array<char, 64> text{};
+    if (const std::tm* local = std::localtime(&now)) std::strftime(text.data(), text.size(), format, local);
+    return text.data();
+}
+
+// The time at the head of a run; the one at its end has a parenthesis more.
+std::string start_time() {
+    return formatted_time("%d/%m/%y at %H:%M:%S");
+}
+std::string end_time() {
+    return formatted_time("%d/%m/%y at %H:%M:%S)");
+}
+
+std::string project_name() {
+    my_string name(settings::input_file);
+    name.rm_path();
+    return name.c_str();
+}
+
+// Computing time in the parts that a person reads.
+struct Duration {
+    double hours, minutes, seconds, ms;
+};
+
+Duration split_duration(double elapsed_ms) {
+    Duration d{};
+    d.hours = std::floor(elapsed_ms / 3600000.0);
+    elapsed_ms -= d.hours * 3600000.0;
+    d.minutes = std::floor(elapsed_ms / 60000.0);
+    elapsed_ms -= d.minutes * 60000.0;
+    d.seconds = std::floor(elapsed_ms / 1000.0);
+    d.ms = elapsed_ms - d.seconds * 1000.0;
+    return d;
+}
+
+void write_run_block(std::ostream& out, int run_number, const std::string& time) {
+    out << kSlashes << "\nRUN NUMBER " << run_number << " (" << time << ")\n" << kSlashes << '\n';
+}
+
+void write_end_block(std::ostream& out, int run_number, const std::string& time, const Duration& d) {
+    const FormatGuard guard(out);
+    out << '\n'
+        << kSlashes << "\nEND OF RUN NUMBER " << run_number << " (" << time << ")"
+        << "\nTotal computing time for this run : " << d.hours << "h " << d.minutes << "m " << d.seconds
+        << "s " << d.ms << " ms\n"
+        << kSlashes << '\n';
+}
+
+void write_project_information(std::ostream& out, const ProfileSettings& profile, const settings& s) {
+    out << "\nProject information:"
+        << "\n--------------------\n"
+        << "\tNbSamples      =  " << profile.NbSamples << '\n'
+        << "\tDataType       =  " << data_type_name(profile.DataType) << '\n'
+        << "\tGenotypicData  =  " << profile.GenotypicData << '\n';
+    if (profile.GenotypicData == 0) return;
+    out << "\tGameticPhase   =  " << profile.GameticPhase << '\n'
+        << "\tRecessiveData  =  " << s.RecessiveAllelesEM << '\n';
+}
+
+}  // namespace
+
+void Project::New_print_html_results_header(bool xml) {
+    mnd::New_print_html_results_header(*the_settings.result_stream, the_settings.style_file_name.c_str(),
+                                       xml);
+}
+
+void Project::New_print_html_results_footer([[maybe_unused]] bool flag, bool xml) {
+    mnd::New_print_html_results_footer(*the_settings.result_stream, xml);
+}
+
+void Project::New_print_html_frames_output([[maybe_unused]] bool flag) {
+    mnd::New_print_html_frames_output(the_settings, project_name());
+}
+
+// Lets the run work on the cleaned copy, in the result folder, where the results go too.
+void Project::use_cleaned_copy(cleaner& pre_pass) {
+    settings& s = the_settings;
+    if (!pre_pass.execute(carried_separator(), settings::input_file) ||
+        pre_pass.get_clean_proj() == nullptr) {
+        *_AOS_ << "\nAn error has occurred while cleaning-up the project...\n";
+        return;
+    }
+    my_string name(*pre_pass.get_clean_proj());
+    copy_path(settings::input_file, name.c_str(), settings::kInputFileSize);
+    s.result_directory = pre_pass.get_proj_dir();
+    s.ld_file_name = s.result_directory + "ld_dis.xl";
+    name.remove_extension();
+    name += xmlOutput ? ".xml" : ".htm";
+    s.result_file_name = name;
+}
+
+// Names of the frame files, in the form with slashes.
+void Project::name_result_files() {
+    settings& s = the_settings;
+    backslashes_to_slashes(settings::input_file);
+    s.result_file_name.convert_to_slash();
+    s.result_directory.convert_to_slash();
+    s.backup_file_name.convert_to_slash();
+    s.project_directory.convert_to_slash();
+    s.program_directory = control_directory();
+    s.program_directory.convert_to_slash();
+    const ResultFileNames names = result_file_names(s.result_file_name.c_str(), s.program_directory.c_str());
+    s.result_file_copy = s.result_file_name;
+    s.tree_file_name = names.tree_page.c_str();
+    s.js_file_name = names.tree_script.c_str();
+    s.main_file_name = names.main_page.c_str();
+    s.style_file_name = names.style_sheet.c_str();
+    s.tree_script_name = names.tree_library.c_str();
+}
+
+void Project::start_document(const OpenedDocument& document) {
+    settings& s = the_settings;
+    if (!document.stream->is_open()) {
+        *_AOS_ << "\nUnable to open the result document " << s.result_file_name << ", its text is lost\n";
+        std::cerr << "mendcore: the result document '" << s.result_file_name << "' can't be opened\n";
+    }
+    haplotype_vectors_built = false;
+    phenotypes_converted = false;
+    ++run_number;
+    const std::string time = start_time();
+    s.run_time_stamp = time.c_str();
+    s.run_time_stamp.remove_blanks();
+    New_print_html_frames_output(true);
+    start_result_text(s, document, project_name(), s.append_results != 0, xmlOutput);
+
+    std::fstream& results = *document.stream;
+    results << THeader{my_string("Mendrake results")};
+    print_js_aux_entry(s, 1, "", ("Run of " + time).c_str());
+    TXmlTag::time = time.c_str();
+    const TXmlTag run_tag(my_string("run"));
+    open_table(results, run_tag);
+    write_run_block(results, run_number, time);
+    close_table(results, run_tag);
+    write_run_block(*_AOS_, run_number, time);
+}
+
+bool Project::read_project() {
+    *_AOS_ << "\nReading Project: " << project_name() << std::endl;
+    initialize();
+    ProfileSettings::the_settings = &the_settings;
+    settings::set_message("Opening Project...");
+    settings::print_message();
+    PopGenetics::globalAllelicDB.destroy();
+    if (newOpen()) return true;
+    *_AOS_ << "Error opening project... " << settings::input_file << std::endl;
+    failure_reason = "the project file is not usable";
+    return false;
+}
+
+void Project::remove_sequence_separator(std::fstream& results) {
+    samples->convert_dna_upper();
+    if ((DataType != DNA && DataType != RFLP) || LocusSeparator == 0) return;
+    samples->rm_separators();
+    LocusSeparator = 0;
+    haplo_db.LocusSeparator = 0;
+    dist_mat.LocusSeparator = 0;
+    structure->LocusSeparator = 0;
+    results << "\nWarning: The locus separator has been removed\n-------\n\n";
+    *_AOS_ << "\nWarning: The locus separator has been removed\n\n";
+}
+
+void Project::describe_project(std::fstream& results) {
+    settings& s = the_settings;
+    write_project_information(results, *this, s);
+    s.data_type = DataType;
+    s.genotypic_data = GenotypicData;
+    s.gametic_phase = GameticPhase;
+    s.print_pretty_settings(results);
+    *_AOS_ << std::string(72, '-') << std::endl;
+}
+
+bool Project::check_project(std::fstream& results) {
+    project_valid = false;
+    if (!make_run_possible()) {
+        results << "\nOne of the scheduled task is not possible with these data,"
+                << "for more details look into 'Mendrake_log.txt'";
+        return false;
+    }
+    project_valid = true;
+    samples->evaluate_work(the_settings);
+    settings& s = the_settings;
+    if (GenotypicData == 0 || (GameticPhase == 0 && s.ComputeConventionalFST != 0))
+        s.IncludeIndividualLevel = 0;
+    return true;
+}
+
+// The analyses of each sample, then those between samples.
+//   label, heading   how the tree and the document name this level
+void Project::analyse_level(std::fstream& results, const char* label, const char* heading) {
+    settings& s = the_settings;
+    if (project_valid) {
+        if ((s.TaskNumber & kPerSampleTasks) != 0) {
+            TJSOut(s.js_file_name.c_str()).aux(2, label, "");
+            results << kEquals << "\n== " << heading << '\n' << kEquals << '\n';
+            structure->print_structure(results);
+            results << '\n';
+        }
+        PopGenetics::globalSubstPolymSites.clear();
+        samples->compute_stuff(s);
+    }
+    if ((s.TaskNumber & kBetweenSampleTasks) != 0) GenStructCalculations(&results);
+}
+
+// Every analysis on samples pooled by group. The settings are read again afterwards, which
+// undoes what the pass changed in them, and what the checks changed before it.
+void Project::group_pass(std::fstream& results) {
+    settings& s = the_settings;
+    const bool were_converted = phenotypes_converted;
+    const ProfileSettings profile = *this;
+    {
+        Samples pooled_samples;
+        Structure pooled_structure;
+        pooled_samples.set_profile(*this);
+        static_cast<ProfileSettings&>(pooled_structure) = *this;
+        poolSamplesInGroups(*samples, *structure, pooled_samples, pooled_structure);
+        pooled_samples.output_by_sample = false;
+        const LevelSwap swap(*this, pooled_samples, pooled_structure);
+        s.current_samples = samples;
+        analyse_level(results, "Groups", "ANALYSES AT THE INTRA-GROUP LEVEL");
+    }
+    ProfileSettings::operator=(profile);
+    s.read_settings(s.settings_file_name);
+    phenotypes_converted = were_converted;
+}
+
+void Project::population_pass(std::fstream& results) {
+    settings& s = the_settings;
+    samples->output_by_sample = true;
+    s.current_samples = samples;
+    haplotype_vectors_built = false;
+    analyse_level(results, "Samples", "ANALYSES AT THE INTRA-POPULATION LEVEL");
+}
+
+// Closes a run whose analyses are done.
+//   separator   as the project has it; the pre-pass of the next project looks at it
+void Project::finish_run(std::fstream& results, char separator, cleaner& pre_pass) {
+    const std::string time = end_time();
+    LocusSeparator = separator;
+    clean();
+    pre_pass.rm_clean_files();
+    settings::global_work_to_do = 0.0;
+    const char* message = the_settings.stopped()
+                              ? " WARNING !!! Process stopped by user. The results may be incorrect"
+                              : " Computations are over";
+    settings::set_message(message);
+    *_AOS_ << message << std::endl;
+    settings::print_message();
+    const double ticks = static_cast<double>(std::clock() - start_clock);
+    elapsed_ms = static_cast<std::uint64_t>(ticks / 1000000.0 * 1000.0);
+    const Duration duration = split_duration(static_cast<double>(elapsed_ms));
+    write_end_block(*_AOS_, run_number, time, duration);
+    write_end_block(results, run_number, time, duration);
+    New_print_html_results_footer(true, xmlOutput);
+}
+
+// Closes a run that failed after its document was begun.
+bool Project::abandon_run() {
+    clean();
+    New_print_html_results_footer(true, xmlOutput);
+    return false;
+}
+
+bool Project::run() {
+    settings& s = the_settings;
+    failure_reason = "";
+    xmlOutput = s.XMLOutput != 0;
+    if (!project_valid) {
+        *_AOS_ << "\n No valid project is opened...." << std::endl;
+        failure_reason = "no valid project is opened";
+        return false;
+    }
+    CleanedCopies copies;
+    if (!file_opens(settings::input_file)) return refuse(kCannotOpenProject);
+    use_cleaned_copy(copies.pre_pass);
+    name_result_files();
+    start_clock = std::clock();
+    const OpenedDocument document = open_result_document(s.result_file_name.c_str(), s.append_results != 0, xmlOutput);
+    std::fstream& results = *document.stream;
+    const DocumentLoan loan(s, &results);
+    start_document(document);
+    if (!read_project()) {
+        clean();
+        print_error_message();
+        New_print_html_results_footer(true, xmlOutput);
+        return false;
+    }
+    print_js_doc_entry(s, 1, "_run_information", "Settings");
+    remove_sequence_separator(results);
+    describe_project(results);
+    const char separator = LocusSeparator;
+    if (!check_project(results)) return abandon_run();
+    if (s.ComputeSumStatsWithinGroups != 0) group_pass(results);
+    population_pass(results);
+    finish_run(results, separator, copies.pre_pass);
+    return true;
+}
+
+}  // namespace mnd
