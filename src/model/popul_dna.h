@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 #include <vector>
 
 #include "model/population.h"
@@ -101,6 +102,15 @@ public:
     // mean_pairwise_diff, nucl_diversity and their standard deviations from dist_mat, which is
     // computed if there is none. Result: 1, or 0 after a report (108, 122, 136).
     int compute_molecular_diversity(settings& s);
+
+private:
+    void reset_counters();
+    void close_empty_sites();
+    void compare_with_reference(const PHaploDef& entry, std::string& first_tv);
+    void mark_difference(std::size_t site, char c, int nucleotide_class, char& first_tv);
+    void count_sites();
+    void count_differences(std::size_t site);
+    void count_transversions(std::size_t site);
 };
 
 }  // namespace mnd

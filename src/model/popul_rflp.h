@@ -58,6 +58,10 @@ public:
     // mean_pairwise_diff, nucl_diversity and their standard deviations from dist_mat, which is
     // computed if there is none. Result: 1, or 0 after a report (108, 122, 136).
     int compute_molecular_diversity(settings& s);
+
+private:
+    void compare_with_reference(const PHaploDef& entry);
+    void count_sites();
 };
 
 }  // namespace mnd

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <memory>
 #include <ostream>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "foundation/arrays.h"
@@ -286,6 +286,19 @@ public:
     // The tables of allele numbers and heterozygosity per locus, for haplotypes and genotypes.
     void OutputAllelelNumberAndHetPerLocusHapl(settings& s);
     void OutputAllelelNumberAndHetPerLocusDipl(settings& s);
+
+protected:
+    // The parts of check_data that all types share: sum and number of the entries.
+    bool check_counts(const char* reporter);
+    // All texts as long as the first one; else a warning of this code.
+    bool check_content_lengths(const char* reporter, int code) const;
+    // Makes ref_hapl, unless it has a content, from the first text of hapl_list. A character
+    // of passed_over gives way to the one of the next text at the site that is none, if any.
+    void build_reference(std::string_view passed_over);
+    // Sizes the vectors per locus: nothing missing, every locus usable, none polymorphic.
+    void reset_loci(int n);
+    // Divides missing_level by sample_size and counts usable and polymorphic loci.
+    void settle_loci();
 };
 
 }  // namespace mnd
