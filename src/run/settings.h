@@ -313,6 +313,8 @@ public:
     double& ld_precision = PrecisionOnPValueLD;
 
 private:
+    void copy_run_state(const settings& other);
+    void copy_names(const settings& other);
     void update_has_em_task();
 };
 
