@@ -1,0 +1,186 @@
+#include "run/cleaner.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "run/process.h"
+
+namespace mnd {
+
+namespace {
+
+constexpr int kLongestCleanedLine = 10000;        // characters; longer lines are passed on as they are
+constexpr int kLongestSearchedLine = 1000;        // characters; longer lines name no external file
+constexpr std::size_t kLongestHeldLine = 149999;  // characters that `curr_line` is given
+
+enum FileKind : long { kProject = 0, kExternal = 1 };
+
+// True when a part of the name leads out of the result folder: its "copy" could then be a
+// file of the user, which would be overwritten and deleted.
+bool leaves_folder(std::string_view name) {
+    std::size_t start = 0;
+    while (start <= name.size()) {
+        const std::size_t end = std::min(name.find_first_of("/\\", start), name.size());
+        if (name.substr(start, end - start) == "..") return true;
+        start = end + 1;
+    }
+    return false;
+}
+
+// Deletes a copy. What is not a plain file, such as a folder, is none.
+void delete_copy(const my_string& path) {
+    std::error_code unreadable;
+    if (!std::filesystem::is_regular_file(path.c_str(), unreadable)) return;
+    if (file_opens(path.c_str())) MY_DeleteFile(path.c_str());
+}
+
+// True when all that was written has reached the file.
+bool closed_in_full(std::ofstream& copy) {
+    copy.close();
+    return !copy.fail();
+}
+
+}  // namespace
+
+bool cleaner::execute(char separator, const char* project) {
+    locus_sep = separator;
+    copy_path(file_name, project, static_cast<int>(sizeof file_name));
+    orig_files.Add(project);
+    file_kinds.Add(kProject);
+    for (int i = 0; i < orig_files.count; ++i) {  // the list grows on the way
+        if (file_kinds[i] == kProject) {
+            clean_proj_file(i);
+        } else {
+            clean_haplo_file(i);
+        }
+    }
+    return true;
+}
+
+bool cleaner::clean_proj_file(const int& i) {
+    if (i < 0 || i >= orig_files.count) return false;
+    const my_string source_name = orig_files[i];
+    std::ifstream source(source_name.c_str());
+    if (!source) return false;
+    set_folders(source_name);
+    MY_CreateDirectory(proj_dir.c_str());
+    my_string name = source_name;
+    name.rm_path();
+    const my_string copy_name = proj_dir + name;
+    clean_files.Add(copy_name);
+    listed_.insert(copy_name.c_str());
+    std::ofstream copy(copy_name.c_str(), std::ios::trunc);
+    std::string line;
+    while (std::getline(source, line))
+        write_project_line(copy, line);
+    copy << '\n';
+    if (closed_in_full(copy)) return true;
+    // A copy that lacks lines would be read as a project that lacks samples.
+    delete_copy(copy_name);
+    clean_files.Flush();
+    return false;
+}
+
+// proj_dir is the project path less its extension, with ".res/" behind it; proj_base is that
+// path up to its last slash or backslash. The mark is looked for down to index 1, so that
+// "/x" and "x" stay whole.
+void cleaner::set_folders(const my_string& project) {
+    my_string base = project;
+    base.remove_extension();
+    proj_dir = base + ".res/";
+    const auto mark = base.view().find_last_of("/\\");
+    if (mark != std::string_view::npos && mark > 0) base.remove(static_cast<int>(mark) + 1, base.length());
+    copy_path(proj_base, base.c_str(), static_cast<int>(sizeof proj_base));
+}
+
+void cleaner::write_project_line(std::ostream& copy, const std::string& line) {
+    if (line.size() > kLongestHeldLine) {
+        copy << line << '\n';
+        return;
+    }
+    curr_line = line.c_str();
+    clean_curr_line();
+    line_has_external();
+    line_locus_sep();
+    copy << curr_line << '\n';
+}
+
+bool cleaner::clean_haplo_file(const int& i) {
+    if (i < 0 || i >= orig_files.count || i >= clean_files.count) return false;
+    const my_string copy_name = clean_files[i];
+    // What a broken run left behind must not be taken for the file of this run.
+    delete_copy(copy_name);
+    std::ifstream source((my_string(proj_base) + orig_files[i]).c_str());
+    if (!source) return false;
+    std::ofstream copy(copy_name.c_str(), std::ios::trunc);
+    if (!copy) return false;
+    std::string line;
+    while (std::getline(source, line)) {
+        if (line.size() > kLongestHeldLine) {
+            copy << line << '\n';
+            continue;
+        }
+        curr_line = line.c_str();
+        clean_curr_line();
+        copy << curr_line << '\n';
+    }
+    if (closed_in_full(copy)) return true;
+    delete_copy(copy_name);
+    return false;
+}
+
+const my_string* cleaner::first_of(const MY_TArrayAsVector<my_string>& files) {
+    return files.count == 0 ? nullptr : &files[0];
+}
+
+void cleaner::rm_clean_files() const {
+    for (const my_string& copy : clean_files)
+        delete_copy(copy);
+}
+
+bool cleaner::clean_curr_line() {
+    if (curr_line.length() > kLongestCleanedLine) return false;
+    std::string cleaned;
+    cleaned.reserve(static_cast<std::size_t>(curr_line.length()));
+    for (char c : curr_line.view()) {
+        if (c == '\r' || c == '\t' || (locus_sep != '\0' && c == locus_sep)) c = ' ';
+        if (c == '#') break;
+        if (c == ' ' && !cleaned.empty() && cleaned.back() == ' ') continue;
+        cleaned.push_back(c);
+    }
+    if (!cleaned.empty() && cleaned.back() == ' ') cleaned.pop_back();
+    curr_line = cleaned.c_str();
+    return true;
+}
+
+bool cleaner::line_has_external() {
+    if (curr_line.length() > kLongestSearchedLine || !curr_line.contains("EXTERN")) return false;
+    const std::string_view line = curr_line.view();
+    const std::size_t open = line.find('"');
+    if (open == std::string_view::npos) return false;
+    const std::size_t close = line.find('"', open + 1);
+    if (close == std::string_view::npos) return false;
+    const std::string name(line.substr(open + 1, close - open - 1));
+    if (name.empty() || leaves_folder(name)) return false;
+    const my_string copy_name = proj_dir + name.c_str();
+    if (!listed_.insert(copy_name.c_str()).second) return false;  // named before
+    orig_files.Add(name.c_str());
+    clean_files.Add(copy_name);
+    file_kinds.Add(kExternal);
+    return true;
+}
+
+bool cleaner::line_locus_sep() {
+    if (locus_sep == '\0') return false;
+    my_string upper = curr_line;
+    upper.Upper();
+    if (!upper.contains("LOCUSSEPARATOR") || upper.contains("NONE")) return false;
+    curr_line = "LocusSeparator=WHITESPACE";
+    return true;
+}
+
+}  // namespace mnd
