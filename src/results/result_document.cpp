@@ -119,9 +119,11 @@ void write_frameset(std::ostream& out, const settings& s, const std::string& pro
         << "\n</head>"
         << "\n<!-- The left frame shows a folder tree, which ftiens4.js draws. -->"
         << "\n<FRAMESET cols=\"200,*\">"
-        << "\n  <FRAME src=\"" << escape_attribute(encode_file_link(name_without_path(s.tree_file_name)))
+        << "\n  <FRAME src=\""
+        << escape_attribute(encode_file_link(name_without_path(s.tree_file_name.c_str())))
         << "\" name=\"treeframe\">"
-        << "\n  <FRAME SRC=\"" << escape_attribute(encode_file_link(name_without_path(s.result_file_name)))
+        << "\n  <FRAME SRC=\""
+        << escape_attribute(encode_file_link(name_without_path(s.result_file_name.c_str())))
         << "\" name=\"basefrm\">"
         << "\n</FRAMESET>"
         << "\n\n"
@@ -146,19 +148,19 @@ void write_script_element(std::ostream& out, const std::string& source) {
 }
 
 void write_tree_page(std::ostream& out, const settings& s) {
-    const std::string library = "file:///" + encode_path(s.tree_script_name);
+    const std::string library = "file:///" + encode_path(s.tree_script_name.c_str());
     out << "<!-- A folder tree of the result document, drawn by ftiens4.js. -->"
         << "\n<html>"
         << "\n<head>";
     write_tree_style(out);
     out << "\n<!-- Code for browser detection -->";
-    write_script_element(out, "file:///" + encode_path(path_of(s.tree_script_name)) + "ua.js");
+    write_script_element(out, "file:///" + encode_path(path_of(s.tree_script_name.c_str())) + "ua.js");
     out << "\n<!-- Infrastructure code for the tree -->";
     write_script_element(out, library);
     out << "\n<!-- Execution of the code that actually builds the specific tree."
         << "\n     The variable foldersTree creates its structure with calls to"
         << "\n\t  gFld, insFld, and insDoc -->";
-    write_script_element(out, encode_file_link(name_without_path(s.js_file_name)));
+    write_script_element(out, encode_file_link(name_without_path(s.js_file_name.c_str())));
     out << "\n</head>"
         << "\n<body topmargin=16 marginheight=16>"
         << "\n<!-- Removing this link will make the script stop from working -->"
@@ -173,11 +175,11 @@ void write_tree_page(std::ostream& out, const settings& s) {
 }
 
 void start_tree(settings& s, const std::string& project_name, bool append) {
-    TJSOut tree(s.js_file_name);
+    TJSOut tree(s.js_file_name.c_str());
     if (!append) tree.restart();
     const std::string title = "MENDRAKE RESULTS (" + project_name + ")";
-    tree.foldersTree(s.program_directory, s.style_file_name, title.c_str(),
-                     name_without_path(s.result_file_name).c_str());
+    tree.foldersTree(s.program_directory.c_str(), s.style_file_name.c_str(), title.c_str(),
+                     name_without_path(s.result_file_name.c_str()).c_str());
     print_js_mendrake_log_entry(s);
 }
 
@@ -213,13 +215,13 @@ OpenedDocument open_result_document(const std::string& result_file_name, bool ap
 
 void start_result_text(settings& s, const OpenedDocument& document, const std::string& project_name,
                        bool append, bool xml) {
-    const bool continues_tree = append && std::ifstream(s.js_file_name).is_open();
+    const bool continues_tree = append && std::ifstream(s.js_file_name.c_str()).is_open();
     if (!continues_tree) start_tree(s, project_name, append);
     // An XML document needs its root exactly once, whatever became of the tree script.
     const bool continues_text = xml ? document.continues : continues_tree;
     std::ostream& results = *document.stream;
     if (!continues_text) {
-        New_print_html_results_header(results, s.style_file_name, xml);
+        New_print_html_results_header(results, s.style_file_name.c_str(), xml);
     } else if (xml) {
         results << '\n' << TXmlTag::write(MndXmlTags::dataTag) << '\n';
     } else {
@@ -264,9 +266,9 @@ void New_print_html_results_footer(std::ostream& results, bool xml) {
 }
 
 void New_print_html_frames_output(const settings& s, const std::string& project_name) {
-    std::ofstream frameset(s.main_file_name);
+    std::ofstream frameset(s.main_file_name.c_str());
     write_frameset(frameset, s, project_name);
-    std::ofstream tree_page(s.tree_file_name);
+    std::ofstream tree_page(s.tree_file_name.c_str());
     write_tree_page(tree_page, s);
 }
 

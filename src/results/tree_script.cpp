@@ -41,8 +41,7 @@ std::string label_and_link(const char* label, const char* target) {
 }
 
 std::string link_into_document(const settings& s, std::string_view anchor) {
-    const std::string document = s.result_file_name != nullptr ? s.result_file_name : "";
-    return encode_file_link(name_without_path(document)) + "#" + encode_anchor(anchor);
+    return encode_file_link(name_without_path(s.result_file_name.c_str())) + "#" + encode_anchor(anchor);
 }
 
 void write_anchor_of_entry(settings& s, std::string_view anchor) {
@@ -52,7 +51,7 @@ void write_anchor_of_entry(settings& s, std::string_view anchor) {
 
 }  // namespace
 
-TJSOut::TJSOut(const char* js_file_name) : js_file_name_(js_file_name != nullptr ? js_file_name : "") {}
+TJSOut::TJSOut(const char* js_file_name) : js_file_name_(js_file_name) {}
 
 void TJSOut::restart() {
     if (!htmlOutput) return;
@@ -104,13 +103,13 @@ std::string run_anchor_name(const settings& s, std::string_view suffix) {
 void print_doc_anchor(settings& s, int level, std::string_view anchor, const char* label) {
     if (!htmlOutput) return;
     write_anchor_of_entry(s, anchor);
-    TJSOut(s.js_file_name).doc(level, label, link_into_document(s, anchor).c_str());
+    TJSOut(s.js_file_name.c_str()).doc(level, label, link_into_document(s, anchor).c_str());
 }
 
 void print_aux_anchor(settings& s, int level, std::string_view anchor, const char* label) {
     if (!htmlOutput) return;
     write_anchor_of_entry(s, anchor);
-    TJSOut(s.js_file_name).aux(level, label, link_into_document(s, anchor).c_str());
+    TJSOut(s.js_file_name.c_str()).aux(level, label, link_into_document(s, anchor).c_str());
 }
 
 void print_js_doc_entry(settings& s, int level, const char* suffix, const char* label) {
@@ -122,7 +121,7 @@ void print_js_aux_entry(settings& s, int level, const char* suffix, const char* 
 }
 
 void print_js_mendrake_log_entry(settings& s) {
-    TJSOut(s.js_file_name).doc(0, "Mendrake log file", kLogFileName);
+    TJSOut(s.js_file_name.c_str()).doc(0, "Mendrake log file", kLogFileName);
 }
 
 void print_population_anchor(int level, settings& s, const char* suffix, int sample_number,
