@@ -55,11 +55,11 @@ private:
     friend std::istream& operator>>(std::istream& is, BnumMat& S);
     void take_dimensions(int n_rows, int n_cols);
     void release();
-    void keep_rows(const BnumMat& old, int n_kept);
     void fill_row(int i);
 
     std::unique_ptr<double[]> cells_;          // owned: the cells, row after row
     std::unique_ptr<double*[]> row_pointers_;  // owned: the row pointers into cells_ that data shows
+    bool filled_ = false;                      // the cells are B numbers, made by re_allocate_matrix
 };
 
 // Reads a table in its file form: rows and cols as 32-bit integers, then the rows of

@@ -13,13 +13,13 @@ namespace mnd {
 
 class TriMat {
 public:
-    // A zeroed matrix of dim rows; below 1 a matrix without storage (dim 0, data null).
-    explicit TriMat(const int& dim);
+    // A zeroed matrix of new_dim rows; below 1 a matrix without storage (dim 0, data null).
+    explicit TriMat(const int& new_dim);
     // A copy holds the cells that the source shows; it is not conventional itself.
     TriMat(const TriMat& other);
     ~TriMat() = default;
 
-    // Frees the old storage and makes a zeroed matrix of dim rows.
+    // Frees the old storage and makes a zeroed matrix of new_dim rows.
     void create(const int& new_dim);
     // Frees the storage: data is null and dim 0 after it. Does nothing when dim is 0.
     void destroy();
