@@ -49,12 +49,18 @@ public:
     // the name stays as it is, with a text in the log. out has kPathBuffer bytes.
     void build_ext_name(char* out, const char* name) const;
 
+    // Writes the [[DistanceMatrix]] section in the form that is read again; nothing without a
+    // matrix.
+    void write_section(std::ostream& file) const;
+
 private:
+    friend std::ostream& operator<<(std::ostream& document, DistMat const& matrix);
+    void write(std::ostream& os, bool in_document) const;
     bool read_matrix_source(std::ifstream& is);
 };
 
-// Writes the [[DistanceMatrix]] section in the form that is read again; nothing without a
-// matrix. Under XML the triangle stands in its own tag.
-std::ostream& operator<<(std::ostream& os, DistMat const& matrix);
+// The same text for the result document: names are escaped, and under XML output the triangle
+// stands in its own tag.
+std::ostream& operator<<(std::ostream& document, DistMat const& matrix);
 
 }  // namespace mnd

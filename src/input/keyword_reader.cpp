@@ -110,21 +110,6 @@ int next_on_line(std::istream& is) {
     return kEnd;
 }
 
-// The next character that begins something, left in the stream: graphic and in no comment,
-// or a zero byte. kEnd at the end.
-int next_beginning(std::istream& is) {
-    for (int c = is.peek(); c != kEnd; c = is.peek()) {
-        if (c == '#') {
-            drop_rest_of_line(is);
-        } else if (c == '\0' || is_graphic(c)) {
-            return c;
-        } else {
-            is.get();
-        }
-    }
-    return kEnd;
-}
-
 // Consumes up to and with the next "[" that is in no comment.
 bool go_behind_bracket(std::istream& is) {
     for (int c = is.get(); c != kEnd; c = is.get()) {
@@ -190,7 +175,7 @@ bool read_up_to_equal_sign(std::istream& is, my_string& text) {
 
 bool find_keyword(std::istream& is, my_string const& keyword) {
     for (;;) {
-        const int c = next_beginning(is);
+        const int c = peek_beyond_comments(is);
         if (c == '[') return is_not_found(is, "position_after() (5)");
         if (c == kEnd) return is_not_found(is, "position_after() (4)");
         my_string found;
@@ -241,6 +226,13 @@ bool getValue(my_string const& text, double& value, char const* keyword, int lin
     }
     log_at_line(line) << " : Bad value after keyword '" << keyword << "'\n";
     return bad_value();
+}
+
+int whole_part(double value) {
+    if (std::isnan(value)) return 0;
+    constexpr double kLowest = std::numeric_limits<int>::min();
+    constexpr double kHighest = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(value, kLowest, kHighest));
 }
 
 bool getQuotedString(my_string const& text, my_string& value, char const* keyword, int line) {
@@ -306,9 +298,22 @@ bool pass_over_subsection(std::istream& is, std::initializer_list<const char*> s
 
 // ---- Token reader
 
+int peek_beyond_comments(std::istream& is) {
+    for (int c = is.peek(); c != kEnd; c = is.peek()) {
+        if (c == '#') {
+            drop_rest_of_line(is);
+        } else if (c == '\0' || is_graphic(c)) {
+            return c;
+        } else {
+            is.get();
+        }
+    }
+    return kEnd;
+}
+
 bool skip_comments(std::istream& is) {
     if (is.eof()) return true;
-    const int c = next_beginning(is);
+    const int c = peek_beyond_comments(is);
     if (c == kEnd) {
         is.setstate(std::ios_base::failbit);
         return false;

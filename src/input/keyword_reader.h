@@ -52,6 +52,9 @@ bool checkForPresenceOfEqualSign(my_string const& text, char const* keyword, int
 // takes; an absent number is 0 only for the line's end, so `NbSamples=` is a bad value.
 bool getValue(my_string const& text, double& value, char const* keyword, int line);
 
+// Integer part of a value, cut to the range of an int; 0 for one that is no number.
+int whole_part(double value);
+
 // The text between the next pair of double quotes, or of single quotes when no double quote
 // stands behind the "=" sign. No escapes, no nesting. The opening quote is the first of its
 // kind in the whole line, so none may stand before the value.
@@ -105,6 +108,9 @@ bool is_identifier(my_string const& text);
 // 101), or a bare word, which ends at white space or a closing brace (the brace stays in
 // the stream) and loses what follows a slash. False at any other character, which stays.
 bool get_qstring(std::istream& is, my_string& text);
+
+// The next character outside of white space and comments, left in the stream; -1 at its end.
+int peek_beyond_comments(std::istream& is);
 
 // A character in quotes on this line; false when none follows.
 bool get_qchar(std::istream& is, char& c);

@@ -30,4 +30,17 @@ enum class LineOutcome {
 LineOutcome read_profile_line(my_string const& line, my_string const& upper, int line_no,
                               ProfileSettings& profile, ProfileKeywordsSeen& seen);
 
+// Values of single keywords. Each is false, with the field untouched, for a text that is no
+// such value.
+
+// The first name of a data type that occurs in the text, in any case of letters.
+bool data_type_from_text(my_string const& text, int& data_type);
+// "TAB", "WHITESPACE", "NONE" or "\0" (backslash and zero) anywhere in the text, in any case;
+// otherwise a single character in quotes, blanks aside.
+bool separator_from_text(my_string const& text, char& separator);
+// "ABS" or "REL" anywhere in the text, in capitals.
+bool frequency_from_text(my_string const& text, int& frequency);
+// The name of an allele: not empty, and without blank.
+bool is_recessive_allele(my_string const& text);
+
 }  // namespace mnd

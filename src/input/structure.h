@@ -61,12 +61,13 @@ public:
     // Handles one lower-case keyword for `explore`. Returns: 1, or 0 after its error.
     int explore_content(std::ifstream& is, my_string keyword, std::ofstream& out);
 
-    // Heading, number of groups and the groups as they are written in a project file.
-    void print_structure(std::ostream& os) const;
+    // Writes heading, number of groups and the groups, as they are written in a project file, to
+    // the result document; names are escaped.
+    void print_structure(std::ostream& document) const;
 
 private:
-    int explore_nb_groups(std::ifstream& is, std::ofstream& out);
-    int explore_group(std::ifstream& is, std::ofstream& out);
+    int explore_nb_groups(std::ifstream& is, std::ostream& out);
+    int explore_group(std::ifstream& is, std::ostream& out);
 };
 
 // Writes the [[Structure]] section in the form that is read again; nothing without groups.

@@ -1,0 +1,135 @@
+#include "input/dist_mat.h"
+
+#include <cstdio>
+#include <cstring>
+#include <ostream>
+#include <string>
+
+#include "foundation/escape.h"
+#include "foundation/message_codes.h"
+#include "foundation/report.h"
+#include "input/external_name.h"
+#include "input/keyword_reader.h"
+#include "results/xml_tags.h"
+#include "run/errors.h"
+#include "run/settings.h"
+
+namespace mnd {
+
+namespace {
+
+// Passes over a value: the rest of the line, or a block in braces, which ends at the latest
+// where another section begins.
+void pass_over_value(std::istream& is) {
+    const bool block = peek_beyond_comments(is) == '{';
+    const char end = block ? '}' : '\n';
+    for (int c = is.peek(); c != -1; c = is.peek()) {
+        if (block && c == '[') return;
+        is.get();
+        if (c == end) return;
+    }
+}
+
+}  // namespace
+
+DistMat::DistMat() : TriMat(0) {}
+
+DistMat::DistMat(const int& n) : TriMat(n) {}
+
+DistMat::DistMat(const DistMat& other) : TriMat(0), ProfileSettings() {
+    *this = other;
+}
+
+DistMat& DistMat::operator=(const DistMat& other) {
+    if (this == &other) return *this;
+    reset();
+    ProfileSettings::operator=(other);
+    MatrixName = other.MatrixName;
+    MatrixSize = other.MatrixSize;
+    LabelPosition = other.LabelPosition;
+    labels = other.labels;
+    conventional = 0;
+    TriMat::operator=(other);
+    return *this;
+}
+
+void DistMat::initializeMatrixAndArrays(const int& n) {
+    create(n);
+    TriMat::initialize();
+    labels.assign(static_cast<std::size_t>(n > 0 ? n : 0), my_string());
+    MatrixSize = n;
+}
+
+void DistMat::reset() {
+    MatrixSize = 0;
+    MatrixName = "";
+    labels.clear();
+    TriMat::initialize();
+    conventional = 0;
+}
+
+int DistMat::get_mat_name(std::ifstream& is) {
+    MatrixName = "none";
+    my_string keyword;
+    while (get_next_ident(is, keyword)) {
+        if (!is_identifier(keyword)) {
+            report(Warning, "DistMat::get_settings( ifstream& ifs)", kUnexpectedDistanceMatrixKeyword);
+            return 0;
+        }
+        const bool external = keyword == "matrixdata" && read_matrix_source(is);
+        if (!external) pass_over_value(is);
+    }
+    return 1;
+}
+
+bool DistMat::read_matrix_source(std::ifstream& is) {
+    MatrixName = "Defined In project file";
+    if (peek_beyond_comments(is) == '{') return false;
+    my_string word;
+    if (!get_qstring(is, word) || !(word == "EXTERN")) return false;
+    return get_qstring(is, MatrixName);
+}
+
+void DistMat::build_ext_name(char* out, const char* name) const {
+    build_external_name(out, name, the_settings);
+}
+
+void DistMat::write_section(std::ostream& file) const {
+    write(file, false);
+}
+
+void DistMat::write(std::ostream& os, bool in_document) const {
+    if (MatrixSize == 0) return;
+    const auto shown = [in_document](my_string const& text) {
+        return in_document ? escape_text(text.view()) : std::string(text.view());
+    };
+    os << "\t[[DistanceMatrix]]\n\n"
+       << "\t\tMatrixName= \"" << shown(MatrixName) << "\"\n"
+       << "\t\tMatrixSize= " << MatrixSize << '\n'
+       << "\t\tLabelPosition="
+       << "LINE" << '\n'
+       << "\t\tMatrixData={\n";
+    if (labels.empty()) report(Info, "operator<<(ostream& os, DistMat& D)", kMissingHaplotypeLabels);
+    os << '\n';
+    for (my_string const& label : labels)
+        os << shown(label) << ' ';
+    os << '\n';
+    if (conventional != 0) {
+        // The letter O is meant. Test: DistMatText.ConventionalMatrixIsASentence
+        os << "\nConventional FST Matrix: Dij=1 if i!=j and O else:\n" << '\n';
+    } else {
+        const bool tagged = in_document && xmlOutput;
+        const TXmlTag tag("hapDistMatrix");
+        if (tagged) open_table(os, tag);
+        print_data(os);
+        if (tagged) close_table(os, tag);
+    }
+    os << "\n\t\t}" << '\n';
+}
+
+std::ostream& operator<<(std::ostream& document, DistMat const& matrix) {
+    matrix.write(document, true);
+    return document;
+}
+
+}  // namespace mnd

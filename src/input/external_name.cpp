@@ -1,0 +1,35 @@
+#include "input/external_name.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "input/keyword_reader.h"
+#include "run/errors.h"
+#include "run/process.h"
+#include "run/settings.h"
+
+namespace mnd {
+
+void build_external_name(char* out, const char* name, settings const* s) {
+    const bool has_path = std::strpbrk(name, "\\/") != nullptr;
+    const char* folder = "";
+    if (!has_path) {
+        if (s == nullptr) {
+            *_AOS_ << "Pointer to project dir is not initialized. ERROR" << std::endl;
+        } else {
+            folder = s->project_directory.c_str();
+        }
+    }
+    std::snprintf(out, kPathBuffer, "%s%s", folder, name);
+}
+
+my_string external_file_to_open(my_string const& name, settings const& s) {
+    if (detectFullPathInFileName(name)) return name;
+    if (!s.result_directory.is_null()) {
+        const my_string cleaned = s.result_directory + name;
+        if (file_opens(cleaned.c_str())) return cleaned;
+    }
+    return s.project_directory + name;
+}
+
+}  // namespace mnd
