@@ -30,6 +30,21 @@ var tree = (function () {
     document.head.appendChild(link);
   }
 
+  // The script of a run states no encoding: names in UTF-8 arrive as if they were Western
+  // European single bytes, and are read again here. Any other text stays as it is.
+  var bytesOfCharacters = null;
+  function inUtf8(text) {
+    if (typeof TextDecoder === "undefined" || /^[\x00-\x7f]*$/.test(text)) return text;
+    if (!bytesOfCharacters) {
+      bytesOfCharacters = {};
+      var western = new TextDecoder("windows-1252");
+      for (var i = 0; i < 256; ++i) bytesOfCharacters[western.decode(new Uint8Array([i]))] = i;
+    }
+    var bytes = text.split("").map(function (c) { return bytesOfCharacters[c]; });
+    if (bytes.indexOf(undefined) >= 0) return text;
+    try { return new TextDecoder("utf-8", { fatal: true }).decode(new Uint8Array(bytes)); } catch (e) { return text; }
+  }
+
   // A label may stand between <i> and </i>; all else is text.
   function showLabel(element, label) {
     var italic = /^<i>([\s\S]*)<\/i>$/.exec(label);
@@ -37,7 +52,7 @@ var tree = (function () {
       element.classList.add("run-title");
       label = italic[1];
     }
-    element.textContent = label;
+    element.textContent = inUtf8(label);
   }
 
   function mark(link) {
@@ -86,8 +101,9 @@ var tree = (function () {
     });
     item.appendChild(button);
     if (node.target && USETEXTLINKS) {
-      button.setAttribute("aria-label", "Contents of " + node.label.replace(/^<i>([\s\S]*)<\/i>$/, "$1"));
-      item.appendChild(makeLink(node));
+      var link = makeLink(node);
+      button.setAttribute("aria-label", "Contents of " + link.textContent);
+      item.appendChild(link);
     } else {
       var text = document.createElement("span");
       showLabel(text, node.label);

@@ -35,9 +35,9 @@ std::string blanks_encoded(std::string_view target) {
     return out;
 }
 
-// A label and a link as the last two arguments of a tree entry.
-std::string label_and_link(const char* label, const char* target) {
-    return "\"" + escape_script(label) + "\", \"" + escape_script(blanks_encoded(target)) + "\"";
+// What closes an entry: its label, its link, and the end of the two calls.
+std::string rest_of_entry(const char* label, const char* target) {
+    return escape_script(label) + "\", \"" + escape_script(blanks_encoded(target)) + "\"))\n";
 }
 
 std::string link_into_document(const settings& s, std::string_view anchor) {
@@ -84,13 +84,13 @@ void TJSOut::foldersTree(const char* icon_path, const char* /*style_path*/, cons
 
 void TJSOut::doc(int level, const char* label, const char* target) {
     const std::string parent = level == 0 ? "foldersTree" : folder_variable(level);
-    append(tabs(level) + "insDoc(" + parent + ", gLnk(\"R\", " + label_and_link(label, target) + "))\n");
+    append(tabs(level) + "insDoc(" + parent + ", gLnk(\"R\", \"" + rest_of_entry(label, target));
 }
 
 void TJSOut::aux(int level, const char* label, const char* target) {
     const std::string parent = level == 1 ? "foldersTree" : folder_variable(level - 1);
-    append(tabs(level) + folder_variable(level) + " = insFld(" + parent + ", gFld(" +
-           label_and_link(label, target) + "))\n");
+    append(tabs(level) + folder_variable(level) + " = insFld(" + parent + ", gFld(\"" +
+           rest_of_entry(label, target));
 }
 
 std::string run_anchor_name(const settings& s, std::string_view suffix) {
