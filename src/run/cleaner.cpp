@@ -86,14 +86,18 @@ bool cleaner::clean_proj_file(const int& i) {
 }
 
 // proj_dir is the project path less its extension, with ".res/" behind it; proj_base is that
-// path up to its last slash or backslash. The mark is looked for down to index 1, so that
-// "/x" and "x" stay whole.
+// path up to its last slash or backslash, looked for down to index 1: "/x" stays whole. A name
+// without either lies in the working directory.
 void cleaner::set_folders(const my_string& project) {
     my_string base = project;
     base.remove_extension();
     proj_dir = base + ".res/";
     const auto mark = base.view().find_last_of("/\\");
-    if (mark != std::string_view::npos && mark > 0) base.remove(static_cast<int>(mark) + 1, base.length());
+    if (mark == std::string_view::npos) {
+        base = "";
+    } else if (mark > 0) {
+        base.remove(static_cast<int>(mark) + 1, base.length());
+    }
     copy_path(proj_base, base.c_str(), static_cast<int>(sizeof proj_base));
 }
 
