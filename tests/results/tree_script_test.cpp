@@ -90,6 +90,18 @@ TEST_F(TreeScript, UnwritableScriptIsPassedOver) {
     EXPECT_FALSE(std::filesystem::exists(path("no such folder")));
 }
 
+// What the script and the tree page call stands in the library that they load.
+TEST_F(TreeScript, LibraryDefinesWhatTheScriptCalls) {
+    const std::string library = mnd_test::read_text(MENDCORE_SOURCE_DIR "/share/ftiens4.js");
+    for (const char* name : {"gFld(", "gLnk(", "insFld(", "insDoc(", "initializeDocument("}) {
+        EXPECT_TRUE(mnd_test::contains(library, std::string("\nfunction ") + name)) << name;
+    }
+    for (const char* name : {"USETEXTLINKS", "STARTALLOPEN", "WRAPTEXT", "PRESERVESTATE", "HIGHLIGHT",
+                             "ICONPATH", "foldersTree", "aux1, aux2, aux3"}) {
+        EXPECT_TRUE(mnd_test::contains(library, std::string("\nvar ") + name)) << name;
+    }
+}
+
 TEST_F(TreeScript, AnchorNameIsTheStampWithUnderlines) {
     s.run_time_stamp = "05/03/24 at 10:11:12";
     EXPECT_EQ(run_anchor_name(s, "_run_information"), "05_03_24at10_11_12_run_information");
