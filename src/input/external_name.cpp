@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "input/keyword_reader.h"
 #include "run/errors.h"
 #include "run/process.h"
 #include "run/settings.h"
@@ -21,15 +20,6 @@ void build_external_name(char* out, const char* name, settings const* s) {
         }
     }
     std::snprintf(out, kPathBuffer, "%s%s", folder, name);
-}
-
-my_string external_file_to_open(my_string const& name, settings const& s) {
-    if (detectFullPathInFileName(name)) return name;
-    if (!s.result_directory.is_null()) {
-        const my_string cleaned = s.result_directory + name;
-        if (file_opens(cleaned.c_str())) return cleaned;
-    }
-    return s.project_directory + name;
 }
 
 }  // namespace mnd

@@ -1,7 +1,5 @@
-// Names of external files of a project, as the [Data] section gives them.
+// Path of an external file in the older syntax of a project.
 #pragma once
-
-#include "foundation/my_string.h"
 
 namespace mnd {
 
@@ -12,10 +10,5 @@ class settings;
 // it is, with a text in the log.
 //   out   kPathBuffer bytes; a longer path is cut there
 void build_external_name(char* out, const char* name, settings const* s);
-
-// Where an external file is to be opened, given its name as written. A name that begins
-// with a slash stands. Any other is looked for in the result folder first, where the
-// cleaned copy of the file lies, and then in the project's folder.
-my_string external_file_to_open(my_string const& name, settings const& s);
 
 }  // namespace mnd

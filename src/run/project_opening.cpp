@@ -11,10 +11,11 @@
 #include <new>
 #include <string>
 
+#include "foundation/clock_time.h"
 #include "foundation/message_codes.h"
 #include "foundation/my_string.h"
 #include "foundation/report.h"
-#include "input/external_name.h"
+#include "input/external_file.h"
 #include "input/keyword_reader.h"
 #include "input/profile_line.h"
 #include "run/errors.h"
@@ -46,17 +47,6 @@ struct SectionsSeen {
     bool sample_size = false;
     bool sample_data = false;
     bool structure = false;
-};
-
-// Time since its making, as the log shows it.
-class Stopwatch {
-public:
-    long ms() const {
-        return static_cast<long>(1000.0 * static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC);
-    }
-
-private:
-    std::clock_t start_ = std::clock();
 };
 
 // One pass over a project file. Every step is false when the reading has to stop.
@@ -140,12 +130,12 @@ bool ProjectReader::read_all() {
         return stop("the project file can't be opened");
     }
     *_AOS_ << "Reading input file ..." << std::endl;
-    const Stopwatch watch;
+    const std::clock_t start = std::clock();
     if (!read_lines()) return false;
     // Cells that were never filled must not pass for distances.
     if (seen_.matrix_data) project_.dist_mat.reset();
     const bool complete = check_all_seen();
-    *_AOS_ << "done ! (" << watch.ms() << " ms)" << std::endl;
+    *_AOS_ << "done ! (" << milliseconds_since(start) << " ms)" << std::endl;
     if (complete) return true;
     report(Error, kOrigin, kMissingRequiredKeywords);
     return stop("required sections or keywords are missing");
@@ -234,12 +224,12 @@ bool ProjectReader::read_hapl_list() {
     }
     *_AOS_ << "Reading Haplotype List ..." << std::endl;
     seen_.hapl_list = true;
-    const Stopwatch watch;
+    const std::clock_t start = std::clock();
     const bool read = line_.contains("EXTERN")
                           ? read_external_hapl_list()
                           : project_.haplo_db.NewReadHaplotypeList(file_, project_, false, line_no_) != 0;
     if (!read) return stop("the haplotype list can't be read");
-    *_AOS_ << "done ! (" << watch.ms() << " ms)" << std::endl;
+    *_AOS_ << "done ! (" << milliseconds_since(start) << " ms)" << std::endl;
     return true;
 }
 
@@ -254,10 +244,8 @@ bool ProjectReader::read_external_hapl_list() {
 
 // Opens the file named in the line under work; error 200 and a text in the log when it can't.
 bool ProjectReader::open_external(std::ifstream& external, my_string& name, const char* keyword) {
-    if (getQuotedString(line_, name, keyword, line_no_)) {
-        const my_string path = external_file_to_open(name, project_.the_settings);
-        if (file_opens(path.c_str())) external.open(path.c_str());
-    }
+    const bool named = getQuotedString(line_, name, keyword, line_no_) && !name.is_null();
+    if (named) external = open_external_file(name, &project_.the_settings);
     if (external.is_open()) return true;
     *_AOS_ << "\tWarning: External file \"" << name << "\" listed on line " << line_no_
            << " cannot be open. Check that it exists. Aborting reading project" << std::endl;
@@ -336,7 +324,7 @@ bool ProjectReader::take_label_position() {
 // The matrix of a project is checked for its place and its end; its cells are not taken.
 bool ProjectReader::take_matrix_data() {
     seen_.matrix_data = true;
-    const Stopwatch watch;
+    const std::clock_t start = std::clock();
     const bool external = line_.contains("EXTERN");
     if (external && !open_external_matrix()) return stop("the external distance matrix can't be opened");
     if (!external) {
@@ -347,7 +335,7 @@ bool ProjectReader::take_matrix_data() {
         }
     }
     *_AOS_ << "\tThe distance matrix of the project is passed over, none of its distances is used\n"
-           << "\tdone ! (" << watch.ms() << " ms)\n";
+           << "\tdone ! (" << milliseconds_since(start) << " ms)\n";
     return true;
 }
 
@@ -374,7 +362,7 @@ bool ProjectReader::pass_over_matrix_rows() {
 
 bool ProjectReader::read_samples() {
     *_AOS_ << "\tReading Samples section ..." << std::endl;
-    const Stopwatch watch;
+    const std::clock_t start = std::clock();
     const int read =
         project_.samples->NewReadSamples(file_, project_, project_.haplo_db, line_no_, line_,
                                          seen_.sample_name, seen_.sample_size, seen_.sample_data);
@@ -384,7 +372,7 @@ bool ProjectReader::read_samples() {
     }
     clearLineAfterPoundSign(line_);
     upper_ = upper_copy(line_);
-    *_AOS_ << "\tdone reading Samples section! (" << watch.ms() << " ms)\n";
+    *_AOS_ << "\tdone reading Samples section! (" << milliseconds_since(start) << " ms)\n";
     seen_.samples = true;
     return true;
 }
@@ -406,11 +394,11 @@ bool ProjectReader::samples_stand_before(const char* section, int code) {
 bool ProjectReader::take_structure() {
     if (!samples_stand_before("[STRUCTURE]", kStructureWithoutSamples)) return false;
     *_AOS_ << "\tReading genetic structure ..." << std::endl;
-    const Stopwatch watch;
+    const std::clock_t start = std::clock();
     static_cast<ProfileSettings&>(*project_.structure) = project_;
     pass_over_subsection(file_, {"[MANTEL]"}, line_no_, line_);
     *_AOS_ << "\tThe genetic structure of the project is passed over, none of its groups is used\n"
-           << "\tdone reading genetic structure! (" << watch.ms() << " ms)\n";
+           << "\tdone reading genetic structure! (" << milliseconds_since(start) << " ms)\n";
     seen_.structure = true;
     return true;
 }
@@ -418,13 +406,13 @@ bool ProjectReader::take_structure() {
 bool ProjectReader::take_mantel() {
     if (!samples_stand_before("[MANTEL]", kMantelWithoutSamples)) return false;
     *_AOS_ << "\tReading mantel section ..." << std::endl;
-    const Stopwatch watch;
+    const std::clock_t start = std::clock();
     static_cast<ProfileSettings&>(project_.mantel) = project_;
     pass_over_subsection(
         file_, {"[SAMPLES]", "[STRUCTURE]", "[DISTANCEMATRIX]", "[HAPLOTYPEDEFINITION]", "[MANTEL]"},
         line_no_, line_);
     *_AOS_ << "\tThe Mantel section of the project is passed over, none of its matrices is used\n"
-           << "\tdone ! (" << watch.ms() << " ms)" << std::endl;
+           << "\tdone ! (" << milliseconds_since(start) << " ms)" << std::endl;
     return true;
 }
 
