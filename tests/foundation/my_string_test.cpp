@@ -579,6 +579,18 @@ TEST(MyStringStream, ReadToDelimOfAFailedStreamGivesTheEmptyText) {
     EXPECT_EQ(text_of(s), "");
 }
 
+TEST(MyStringStream, ReadingNothingAtAllFailsTheStream) {
+    my_string s;
+    std::istringstream spaces("  "), nothing, no_token(" \n"), no_field;
+    EXPECT_FALSE(spaces >> s);
+    s.read_to_delim(nothing);
+    EXPECT_TRUE(nothing.fail());
+    s.read_token(no_token);
+    EXPECT_TRUE(no_token.fail());
+    s.read_to_delim(no_field, ',');
+    EXPECT_TRUE(no_field.fail());
+}
+
 TEST(MyStringStream, ReadTokenSkipsLineEndsAndConsumesItsStop) {
     std::istringstream in(" \n\tone\ntwo\r three");
     my_string s(run_of(300).c_str());
