@@ -13,18 +13,18 @@ namespace {
 
 constexpr std::array<const char*, kSectionReadOnly + 1> kHeadings = {
     nullptr,
-    "GENERAL SETTINGS",
-    "SETTINGS FOR TEST OF HARDY-WEINBERG EQUILIBRIUM",
-    "SETTINGS FOR TEST OF LINKAGE DISEQUILIBRIUM",
-    "SETTINGS FOR DIVERSITY INDICES",
-    "SETTINGS FOR MISMATCH DISTRIBUTION",
-    "SETTINGS FOR HAPLOTYPE FREQUENCY ESTIMATION",
-    "SETTINGS FOR AMOVA",
-    "SETTINGS FOR PAIRWISE DISTANCE COMPUTATIONS",
-    "SETTINGS FOR POPULATION DIFFERENTIATION",
-    "SETTINGS FOR DETECTION OF SELECTED LOCI FROM COMPARISON BETWEEN FST AND HETEROZYGOSITY",
-    "SETTINGS FOR NEUTRALITY TESTS",
-    "SETTINGS FOR MANTEL TEST",
+    "#GENERAL SETTINGS",
+    "#SETTINGS FOR TEST OF HARDY-WEINBERG EQUILIBRIUM",
+    "#SETTINGS FOR TEST OF LINKAGE DISEQUILIBRIUM",
+    "#SETTINGS FOR DIVERSITY INDICES",
+    "#SETTINGS FOR MISMATCH DISTRIBUTION",
+    "#SETTINGS FOR HAPLOTYPE FREQUENCY ESTIMATION",
+    "#SETTINGS FOR AMOVA",
+    "#SETTINGS FOR PAIRWISE DISTANCE COMPUTATIONS",
+    "#SETTINGS FOR POPULATION DIFFERENTIATION",
+    "#SETTINGS FOR DETECTION OF SELECTED LOCI FROM COMPARISON BETWEEN FST AND HETEROZYGOSITY",
+    "#SETTINGS FOR NEUTRALITY TESTS",
+    "#SETTINGS FOR MANTEL TEST",
     nullptr};
 
 // No comment may hold a key and a "=" above the line of that key: the reader would take it for
@@ -102,7 +102,7 @@ constexpr SettingKey kKeys[] = {
      "Precision on P-value",
      "#the required precision on the estimated p-value of the HWE test\n"
      "#(its standard deviation)"},
-    {"SignificanceLevelHW", kSectionHardyWeinberg, &settings::SignificanceLevelHW, 2, kPlain, nullptr,
+    {"SignificanceLevelHW", kSectionHardyWeinberg, &settings::SignificanceLevelHW, 2, kCutFraction, nullptr,
      "#the minimum p-value of a HWE test to be flagged\n"
      "#(a whole number)"},
 
@@ -277,7 +277,7 @@ constexpr SettingKey kKeys[] = {
     {"GibbsHetSiteInfluenceZone", kSectionHaplotypeFrequencies, &settings::GibbsHetSiteInfluenceZone, 5,
      kKeptWhenAbsent, "Influence zone of het. sites",
      "#the number of loci to be taken into account\n"
-     "#on each side of a heterozygous locus (-1: all loci)"},
+     "#on each side of a heterozygous locus (0: the heterozygous loci alone, -1: all loci)"},
     {"GibbsPercentageOfRecSteps", kSectionHaplotypeFrequencies, &settings::GibbsPercentageOfRecSteps, 0.0,
      kKeptWhenAbsent, "Fraction of recombination steps",
      "#the fraction of steps in Gibbs sampling that\n"
@@ -453,6 +453,11 @@ constexpr SettingKey kKeys[] = {
      nullptr, ""},
 };
 
+// The text before a point.
+std::string whole_text(const char* text) {
+    return {text, std::strcspn(text, ".")};
+}
+
 std::string formatted(const char* format, auto value) {
     char text[400];  // a double takes up to 317 characters
     std::snprintf(text, sizeof text, format, value);
@@ -507,7 +512,8 @@ void assign_setting_text(settings& s, const SettingKey& key, const char* text) {
             } else if constexpr (std::is_same_v<Value, bool>) {
                 value = my_atol(text) != 0;
             } else {
-                value = static_cast<Value>(my_atol(text));
+                const bool cut = (key.traits & kCutFraction) != 0;
+                value = static_cast<Value>(cut ? my_atol(whole_text(text).c_str()) : my_atol(text));
             }
         },
         key.field);

@@ -33,7 +33,7 @@ enum SettingSection : int {
     kSectionReadOnly
 };
 
-// Title of a section as the file has it, such as "SETTINGS FOR AMOVA"; null for the section of
+// Title of a section as the file has it, such as "#SETTINGS FOR AMOVA"; null for the section of
 // the tasks, which has none, and for the keys that are not written.
 const char* section_heading(SettingSection section);
 
@@ -47,6 +47,7 @@ enum SettingTraits : unsigned {
     kKeptWhenAbsent = 1,  // a file without the key leaves the field as it is, in place of clearing it
     kScientific = 2,      // a double written with an exponent
     kReadAsInteger = 4,   // a double whose text is read as a whole number
+    kCutFraction = 32,    // an int whose text is read up to its point only
     kYesNo = 8,           // shown to users as yes or no
     kDistance = 16        // shown as the name of a molecular distance
 };

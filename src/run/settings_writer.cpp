@@ -23,7 +23,7 @@ void write_preamble(std::ostream& out) {
 }
 
 void write_heading(std::ostream& out, SettingSection section) {
-    out << kDashes << "#" << section_heading(section) << '\n' << kDashes;
+    out << kDashes << section_heading(section) << '\n' << kDashes;
 }
 
 }  // namespace
