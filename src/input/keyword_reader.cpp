@@ -82,9 +82,6 @@ constexpr int kEnd = std::char_traits<char>::eof();
 bool is_white(int c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
-bool is_inner_white(int c) {
-    return c == ' ' || c == '\t' || c == '\r';
-}
 bool is_digit(int c) {
     return c >= '0' && c <= '9';
 }
