@@ -17,7 +17,12 @@ double squared(double x) {
     return x * x;
 }
 
-// Variance of a function of P and Q with partial derivatives c and e (Kimura 1980, eq. 12).
+// Zero without a sign, so that equal sequences print as 0 and not as -0.
+double without_negative_zero(double x) {
+    return x == 0.0 ? 0.0 : x;
+}
+
+// Variance of a function of P and Q with partial derivatives c and e (delta method).
 double two_class_variance(double c, double P, double e, double Q, double L) {
     return (c * c * P + e * e * Q - squared(c * P + e * Q)) / L;
 }
@@ -243,7 +248,7 @@ DnaFault jukes_cantor_distance(const SiteCounts& counts, double gamma_a, DnaPair
     }
     const double x = 1.0 - 4.0 / 3.0 * p;
     if (gamma_a == 0.0) {
-        pair.distance = -0.75 * std::log(x);
+        pair.distance = without_negative_zero(-0.75 * std::log(x));
         pair.distance_var = (1.0 - p) * p / (L * x * x);
     } else {
         pair.distance = 0.75 * gamma_a * (std::pow(x, -1.0 / gamma_a) - 1.0);
@@ -316,7 +321,7 @@ DnaFault tamura_distance(const SiteCounts& counts, const BaseComposition& compos
     const double w1 = 1.0 - P / h - Q;
     const double w2 = 1.0 - 2.0 * Q;
     if (!(h > 0.0 && w1 > 0.0 && w2 > 0.0)) return DnaFault::kTamuraUnbalanced;
-    pair.distance = -0.5 * (1.0 - h) * std::log(w2) - h * std::log(w1);
+    pair.distance = without_negative_zero(-0.5 * (1.0 - h) * std::log(w2) - h * std::log(w1));
     const double c1 = 1.0 / w1;
     const double c2 = 1.0 / w2;
     pair.distance_var = two_class_variance(c1, P, (c1 - c2) * h + c2, Q, L);
