@@ -159,6 +159,7 @@ void Project::use_cleaned_copy(cleaner& pre_pass) {
     if (!pre_pass.execute(carried_separator(), settings::input_file) ||
         pre_pass.get_clean_proj() == nullptr) {
         *_AOS_ << "\nAn error has occurred while cleaning-up the project...\n";
+        s.result_directory = s.project_directory;  // not the folder of the project before
         return;
     }
     my_string name(*pre_pass.get_clean_proj());
@@ -324,7 +325,7 @@ void Project::finish_run(std::fstream& results, char separator, cleaner& pre_pas
                               ? " WARNING !!! Process stopped by user. The results may be incorrect"
                               : " Computations are over";
     settings::set_message(message);
-    *_AOS_ << message << std::endl;
+    *_AOS_ << '\n' << message << std::endl;
     settings::print_message();
     const double ticks = static_cast<double>(std::clock() - start_clock);
     elapsed_ms = static_cast<std::uint64_t>(ticks / 1000000.0 * 1000.0);
@@ -355,7 +356,8 @@ bool Project::run() {
     use_cleaned_copy(copies.pre_pass);
     name_result_files();
     start_clock = std::clock();
-    const OpenedDocument document = open_result_document(s.result_file_name.c_str(), s.append_results != 0, xmlOutput);
+    const OpenedDocument document =
+        open_result_document(s.result_file_name.c_str(), s.append_results != 0, xmlOutput);
     std::fstream& results = *document.stream;
     const DocumentLoan loan(s, &results);
     start_document(document);

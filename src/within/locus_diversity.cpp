@@ -17,26 +17,30 @@ namespace {
 // Adds one string of alleles with its number of copies.
 template <typename Alleles>
 void count_string(TAlleleDB& counts, const Alleles& alleles, double copies, char missing) {
-    for (int locus = 0; locus < alleles.count; ++locus) {
-        const TAllele* allele = alleles[locus];
-        if (allele == nullptr) continue;
-        const bool is_missing = allele->is_char(missing);
+    int locus = -1;
+    for (const TAllele* allele : alleles) {
+        ++locus;
         // A locus whose first copy is missing must be there all the same, to keep its index.
+        const bool is_missing = allele == nullptr || allele->is_char(missing);
         counts.InsertAllPos(locus, is_missing ? my_string("") : allele->name(), is_missing ? 0.0 : copies);
     }
 }
 
-bool is_present(const TAllele& allele) { return allele.freq > 0.0; }
+bool is_present(const TAllele& allele) {
+    return allele.freq > 0.0;
+}
 
 double gene_copies(const TLocus& locus) {
     double sum = 0.0;
-    for (int i = 0; i < locus.count; ++i) sum += locus[i]->freq;
+    for (int i = 0; i < locus.count; ++i)
+        sum += locus[i]->freq;
     return sum;
 }
 
 int number_of_alleles(const TLocus& locus) {
     int k = 0;
-    for (int i = 0; i < locus.count; ++i) k += is_present(*locus[i]) ? 1 : 0;
+    for (int i = 0; i < locus.count; ++i)
+        k += is_present(*locus[i]) ? 1 : 0;
     return k;
 }
 
@@ -206,10 +210,12 @@ MeanAndSd mean_and_sd(const std::vector<double>& values) {
     if (values.empty()) return {};
     const double n = static_cast<double>(values.size());
     double sum = 0.0;
-    for (const double x : values) sum += x;
+    for (const double x : values)
+        sum += x;
     const double mean = sum / n;
     double squares = 0.0;
-    for (const double x : values) squares += (x - mean) * (x - mean);
+    for (const double x : values)
+        squares += (x - mean) * (x - mean);
     return {mean, values.size() > 1 ? std::sqrt(squares / (n - 1.0)) : 0.0};
 }
 
