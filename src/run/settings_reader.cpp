@@ -20,6 +20,7 @@ SettingsLines::SettingsLines(const char* file) {
     std::ifstream in(file, std::ios_base::binary);
     std::string line;
     while (std::getline(in, line)) {
+        line.resize(std::strlen(line.c_str()));  // a zero byte ends the line, as it ends any text
         if (!line.empty() && line.back() == '\r') line.pop_back();
         if (line.find('=') != std::string::npos) lines_.push_back(std::move(line));
         line.clear();

@@ -67,6 +67,12 @@ TEST_F(SettingsReader, EmptyValueLetsTheSearchGoOn) {
     EXPECT_EQ(look_up("TaskNumber=\n", "TaskNumber"), "(none)");
 }
 
+TEST_F(SettingsReader, ZeroByteEndsItsLine) {
+    using namespace std::string_literals;
+    EXPECT_EQ(look_up("TaskNumber=\0005\nTaskNumber=6\n"s, "TaskNumber"), "6");
+    EXPECT_EQ(look_up("x\0TaskNumber=5\nTaskNumber=7\0006\n"s, "TaskNumber"), "7");
+}
+
 TEST_F(SettingsReader, LimitCountsFromTheStartOfTheLine) {
     const std::string path_of_90(90, 'p');
     // "SimFileNameForFDist2=" has 21 characters; 99 are kept, hence 78 of the value.
