@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -205,6 +206,18 @@ TEST(Messages, TableHas209TextsWithTheirCodes) {
         EXPECT_STREQ(mnd::message_text(expected.code), expected.text);
         EXPECT_STREQ(E.messages[expected.code].c_str(), expected.text);
     }
+}
+
+TEST(Messages, NoTextHasChanged) {
+    // FNV-1a of all texts in the order of their codes, each followed by a line end. A message is
+    // known to users and to scripts by its exact wording.
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    for (int code = 0; code < mnd::kNumMessages; ++code) {
+        for (const char c : std::string(mnd::message_text(code)) + '\n') {
+            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
+        }
+    }
+    EXPECT_EQ(hash, 0xe3184ab174e91418U);
 }
 
 TEST(Messages, SharedTextsAreSeparateEntries) {
