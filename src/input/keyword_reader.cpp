@@ -284,7 +284,6 @@ bool line_was_too_long(std::istream const& is) {
 bool pass_over_subsection(std::istream& is, std::initializer_list<const char*> stop_words, int& line_no,
                           my_string& line) {
     while (read_project_line(is, line, line_no)) {
-        if (!line.contains('[')) continue;
         const std::string plain = unquoted_upper(line);
         const auto stands_here = [&plain](const char* word) { return plain.find(word) != std::string::npos; };
         if (std::any_of(stop_words.begin(), stop_words.end(), stands_here)) return true;
