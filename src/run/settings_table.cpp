@@ -31,7 +31,8 @@ constexpr std::array<const char*, kSectionReadOnly + 1> kHeadings = {
 // the key. Test: SettingsWriter.EveryKeysOwnLineIsItsFirstMatch
 constexpr SettingKey kKeys[] = {
     {"TaskNumber", kSectionTasks, &settings::TaskNumber, 0, kPlain, nullptr,
-     "#the computations to be done, as the sum of the values of the selected tasks:\n"
+     "#the sum of the task bits\n"
+     "#of the computations to be done:\n"
      "#       1 : standard diversity indices\n"
      "#       2 : molecular diversity\n"
      "#       4 : mismatch distribution\n"

@@ -199,7 +199,8 @@ TEST(SettingsWriter, BeginsWithTheWarningAndTheTaskNumber) {
               "\n#MENDRAKE computations\n\n"
               "[Setting for Calculations]\n\n"
               "#--------------------------------------------------------------------\n"
-              "#the computations to be done, as the sum of the values of the selected tasks:\n"
+              "#the sum of the task bits\n"
+              "#of the computations to be done:\n"
               "#       1 : standard diversity indices\n");
 }
 
