@@ -318,8 +318,9 @@ bool skip_comments(std::istream& is) {
     is.get();
     *_AOS_ << " ** a_public::skip_comments_l_253:the character is not the expected one c:"
            << static_cast<char>(c) << '\n';
-    const std::string name = std::string("skip_comments(ifstream& ifs) (\"") + static_cast<char>(c) + "\")";
-    report(Error, name.c_str(), kInvalidInputCharacter);
+    std::array<char, 64> origin{};
+    std::snprintf(origin.data(), origin.size(), "skip_comments(ifstream& ifs) (\"%c\")", c);
+    report(Error, origin.data(), kInvalidInputCharacter);
     return false;
 }
 
@@ -418,8 +419,9 @@ int get_next_subsection(std::istream& is, my_string& name) {
     const auto known = std::find_if(SubSections.begin(), SubSections.end(),
                                     [&name](const char* one) { return name == one; });
     if (known != SubSections.end()) return static_cast<int>(known - SubSections.begin()) + 1;
-    const std::string origin = "get_next_subsection() (\"" + std::string(name.view()) + "\"";
-    report(Error, origin.c_str(), kNumericalError);  // the text does not fit; the number stands
+    std::array<char, kDirectiveBuffer> origin{};
+    std::snprintf(origin.data(), origin.size(), "get_next_subsection() (\"%s\"", name.c_str());
+    report(Error, origin.data(), kNumericalError);  // the text does not fit; the number stands
     return kNoSubSection;
 }
 

@@ -49,6 +49,22 @@ struct SectionsSeen {
     bool structure = false;
 };
 
+// A section that refers to samples, and what is said when there are none.
+struct SampleSection {
+    int code;
+    const char* before_samples;
+    const char* without_samples;
+};
+
+constexpr SampleSection kStructureSection = {
+    kStructureWithoutSamples,
+    "[STRUCTURE] section defined before the [SAMPLES] section. Aborting reading project",
+    "No samples were defined before the [STRUCTURE] section. Aborting reading project"};
+
+constexpr SampleSection kMantelSection = {
+    kMantelWithoutSamples, "[MANTEL] section defined before the [SAMPLES] section. Aborting reading project",
+    "No samples were defined before the [MANTEL] section. Aborting reading project"};
+
 // One pass over a project file. Every step is false when the reading has to stop.
 class ProjectReader {
 public:
@@ -83,7 +99,7 @@ private:
     bool read_samples();
     bool take_structure();
     bool take_mantel();
-    bool samples_stand_before(const char* section, int code);
+    bool samples_stand_before(SampleSection const& section);
 
     bool check_all_seen() const;
     bool check_profile_seen() const;
@@ -377,22 +393,15 @@ bool ProjectReader::read_samples() {
     return true;
 }
 
-bool ProjectReader::samples_stand_before(const char* section, int code) {
-    if (!seen_.samples) {
-        *_AOS_ << section << " section defined before the [SAMPLES] section. Aborting reading project"
-               << std::endl;
-    } else if (project_.samples->populations.count == 0) {
-        *_AOS_ << "No samples were defined before the " << section << " section. Aborting reading project"
-               << std::endl;
-    } else {
-        return true;
-    }
-    report(Error, kOpenOrigin, code);
+bool ProjectReader::samples_stand_before(SampleSection const& section) {
+    if (seen_.samples && project_.samples->populations.count > 0) return true;
+    *_AOS_ << (seen_.samples ? section.without_samples : section.before_samples) << std::endl;
+    report(Error, kOpenOrigin, section.code);
     return stop("a section that needs samples stands before them");
 }
 
 bool ProjectReader::take_structure() {
-    if (!samples_stand_before("[STRUCTURE]", kStructureWithoutSamples)) return false;
+    if (!samples_stand_before(kStructureSection)) return false;
     *_AOS_ << "\tReading genetic structure ..." << std::endl;
     const std::clock_t start = std::clock();
     static_cast<ProfileSettings&>(*project_.structure) = project_;
@@ -404,7 +413,7 @@ bool ProjectReader::take_structure() {
 }
 
 bool ProjectReader::take_mantel() {
-    if (!samples_stand_before("[MANTEL]", kMantelWithoutSamples)) return false;
+    if (!samples_stand_before(kMantelSection)) return false;
     *_AOS_ << "\tReading mantel section ..." << std::endl;
     const std::clock_t start = std::clock();
     static_cast<ProfileSettings&>(project_.mantel) = project_;
