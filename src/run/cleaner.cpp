@@ -7,6 +7,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "run/errors.h"
 #include "run/process.h"
 
 namespace mnd {
@@ -178,11 +179,25 @@ bool cleaner::line_has_external() {
     return true;
 }
 
+// The rewritten line silently turns every locus of a project with another separator into one:
+// this must be seen.
+void cleaner::warn_of_other_separator(const my_string& upper_line) const {
+    my_string value = upper_line.extract_after('=');
+    value.remove_blanks();
+    const bool is_blank = value.view().find_first_not_of("\"'") == std::string_view::npos;
+    if (is_blank || value.contains("WHITESPACE") || value.contains("TAB")) return;
+    *_AOS_ << "\nWarning: \"" << curr_line
+           << "\" is read as \"LocusSeparator=WHITESPACE\", since the locus separator in force"
+           << "\n(the one of the project before, or a blank for the first) is another one."
+           << "\nSeparate the loci of this project by blanks to be sure of what is read.\n";
+}
+
 bool cleaner::line_locus_sep() {
     if (locus_sep == '\0') return false;
     my_string upper = curr_line;
     upper.Upper();
     if (!upper.contains("LOCUSSEPARATOR") || upper.contains("NONE")) return false;
+    warn_of_other_separator(upper);
     curr_line = "LocusSeparator=WHITESPACE";
     return true;
 }

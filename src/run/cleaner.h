@@ -69,6 +69,7 @@ public:
     bool line_locus_sep();
 
 private:
+    void warn_of_other_separator(const my_string& upper_line) const;
     std::unordered_set<std::string> listed_;  // paths of the copies already planned
 
     static const my_string* first_of(const MY_TArrayAsVector<my_string>& files);

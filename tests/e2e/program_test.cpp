@@ -381,8 +381,6 @@ struct Broken {
 std::vector<Broken> broken_projects() {
     const std::string good = small_project();
     std::string unclosed = good.substr(0, good.rfind('}'));
-    std::string lying = good;
-    lying.replace(lying.find("NbSamples=2"), 11, "NbSamples=9");
     std::string wrong_number = good;
     wrong_number.replace(wrong_number.find("NbSamples=2"), 11, "NbSamples=two");
     std::string no_data = good;
@@ -397,7 +395,6 @@ std::vector<Broken> broken_projects() {
         {"junk", junk},
         {"one_brace", "{"},
         {"unclosed_sample", unclosed},
-        {"too_few_samples", lying},
         {"number_in_words", wrong_number},
         {"no_data_section", no_data},
         {"missing_external_file", external},
@@ -450,19 +447,49 @@ TEST_F(Program, ExternalSampleAndHaplotypeFilesAreRead) {
     EXPECT_TRUE(exists("p/list.hap"));
 }
 
-TEST_F(Program, SeparatorOfTheProjectBeforeRewritesTheNextOne) {
-    // The pre-pass takes the separator that the project before left. "," is carried over, so
-    // the second project's names lose their commas; alone it keeps them.
-    const std::string comma =
-        "[Profile]\nTitle=\"C\"\nNbSamples=1\nGenotypicData=0\nDataType=STANDARD\nLocusSeparator=','\n"
-        "MissingData=\"?\"\n[Data]\n[[Samples]]\nSampleName=\"x,y\"\nSampleSize=2\nSampleData={\na 1 1,2\nb "
-        "1 1,3\n}\n";
-    write("one.mnp", comma);
-    write("two.mnp", comma);
+// A project of two haplotypes at two loci, separated by a comma.
+std::string comma_project() {
+    return "[Profile]\nTitle=\"C\"\nNbSamples=1\nGenotypicData=0\nDataType=STANDARD\nLocusSeparator=','\n"
+           "MissingData=\"?\"\n[Data]\n[[Samples]]\nSampleName=\"x,y\"\nSampleSize=2\nSampleData={\n"
+           "a 1 1,2\nb 1 1,3\n}\n";
+}
+
+TEST_F(Program, FirstProjectOfAWalkIsCleanedWithABlankAsSeparator) {
+    // The separator line is rewritten, so that a text with commas is a single locus. The log warns.
+    write("comma.mnp", comma_project());
+    write("s.mns", settings_text(1, false));
+    EXPECT_EQ(start("comma.mnp s.mns").errors, "");
+    EXPECT_TRUE(contains(read("comma.res/comma.htm"), "No. of loci              : 1\n"));
+    EXPECT_TRUE(contains(log_of("comma"), "is read as \"LocusSeparator=WHITESPACE\""));
+}
+
+TEST_F(Program, SeparatorOfTheProjectBeforeDecidesHowTheNextOneIsCleaned) {
+    // DNA leaves no separator, so the comma of "one" stands; it is carried over to "two", whose
+    // commas, in names too, become blanks.
+    write("dna.mnp", small_project());
+    write("one.mnp", comma_project());
+    write("two.mnp", comma_project());
     write("mnd_run.mns", settings_text(1, false));
-    write("mnd_run.txt", "\nuse_interf_settings\none.mnp\n0\n0\ntwo.mnp\n0\n0\nend\n");
+    write("mnd_run.txt", "\nuse_interf_settings\ndna.mnp\n0\n0\none.mnp\n0\n0\ntwo.mnp\n0\n0\nend\n");
     EXPECT_EQ(start().errors, "");
+    for (const char* project : {"one", "two"}) {
+        const std::string document = read(std::string(project) + ".res/" + project + ".htm");
+        EXPECT_TRUE(contains(document, "No. of loci              : 2\n")) << project;
+        EXPECT_FALSE(contains(log_of(project), "is read as \"LocusSeparator")) << project;
+    }
+    EXPECT_TRUE(contains(read("one.res/one.htm"), "== Sample : \tx,y\n"));
     EXPECT_TRUE(contains(read("two.res/two.htm"), "== Sample : \tx y\n"));
+}
+
+TEST_F(Program, NumberOfSamplesThatLiesIsWarnedOfAndNothingIsLost) {
+    std::string lying = small_project();
+    lying.replace(lying.find("NbSamples=2"), 11, "NbSamples=9");
+    write("lying.mnp", lying);
+    write("s.mns", settings_text(1, false));
+    start("lying.mnp s.mns");
+    EXPECT_TRUE(contains(log_of("lying"), "invalid value for \"NbSamples\""));
+    EXPECT_TRUE(contains(read("lying.res/lying.htm"), "(North)"));
+    EXPECT_TRUE(contains(read("lying.res/lying.htm"), "(South)"));
 }
 
 }  // namespace
