@@ -37,11 +37,16 @@ fuzz() {
   local target="$1" extension="$2"
   local corpus="build/fuzz/corpus/$target"
   step "Fuzz: $target"
+  local dictionary="tests/fuzz/$target.dict" options=()
+  if [ -f "$dictionary" ]; then
+    options+=("-dict=$dictionary")
+  fi
   rm -rf "$corpus" build/fuzz/scratch
   collect_seeds "$extension" "$corpus"
   mkdir -p build/fuzz/findings build/fuzz/scratch
-  TMPDIR="$PWD/build/fuzz/scratch" "build/fuzz/tests/fuzz/$target" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 \
-    -max_len=65536 -artifact_prefix="build/fuzz/findings/$target-" -print_final_stats=1 -verbosity=0 "$corpus"
+  options+=(-max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 -max_len=16384)
+  options+=(-artifact_prefix="build/fuzz/findings/$target-" -print_final_stats=1 -verbosity=0)
+  TMPDIR="$PWD/build/fuzz/scratch" "build/fuzz/tests/fuzz/$target" "${options[@]}" "$corpus"
 }
 
 step "Format"
