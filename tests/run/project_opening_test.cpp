@@ -422,6 +422,28 @@ TEST_F(Opening, RealProjectsHaveTheirSamples) {
     }
 }
 
+// The users' description shows nothing that does not open.
+TEST_F(Opening, EveryExampleOfTheDescriptionOpens) {
+    const std::string text = read_text(std::string(MENDCORE_SOURCE_DIR) + "/docs/project_file.md");
+    const std::string begin = "```mnp\n";
+    int examples = 0;
+    for (std::size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at)) {
+        at += begin.size();
+        const std::string example = text.substr(at, text.find("```", at) - at);
+        project.clean();
+        project.ProfileSettings::initialize();
+        project.ProfileSettings::the_settings = &project.the_settings;
+        EXPECT_TRUE(open(example)) << example << log.text();
+        EXPECT_EQ(project.samples->populations.count, project.NbSamples);
+        for (const Population* sample : project.samples->populations)
+            EXPECT_GT(sample->sample_size, 0.0);
+        ++examples;
+    }
+    EXPECT_EQ(examples, 7);
+    EXPECT_TRUE(reports.all().empty());
+    EXPECT_EQ(count_of(log.text(), "Check your project file"), 0);
+}
+
 // ---- Writing back
 
 TEST_F(Opening, NothingIsWrittenUnlessAsked) {
