@@ -39,16 +39,12 @@ HaploDef& HaploDef::operator=(HaploDef const& other) {
 }
 
 void HaploDef::build_haplovect(TAlleleDB* db, char const& sep, int, double weight) {
-    // The vector never gets longer than the loci read so far, so that a second call adds
-    // weight to the alleles and leaves the haplotype as it is.
-    const long loci = sep == 0 ? content.length() : db->count;
-    Reallocate(static_cast<int>(loci));
+    // Begun anew each time, so that a second call adds weight to the alleles and leaves the
+    // haplotype as it is.
+    Reallocate(sep == 0 ? content.length() : static_cast<int>(db->count));
     int locus = 0;
-    for_each_locus_text(content.view(), sep, [&](std::string_view text) {
-        TAllele* allele = db->insert_allele(locus, text, weight);
-        ++locus;
-        if (num_alleles() < locus) Add(allele);
-    });
+    for_each_locus_text(content.view(), sep,
+                        [&](std::string_view text) { Add(db->insert_allele(locus++, text, weight)); });
 }
 
 bool HaploDef::hasSameAllelicContent(HaploDef const& other) const {

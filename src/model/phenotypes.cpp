@@ -305,12 +305,9 @@ void TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const&
         report(Error, kSource, kTooManyHeterozygousLoci);
         return;
     }
-    int64_t n = nb_genotypes;
-    if (vary_homozygotes) {
-        n = int64_t{1} << loci;
-    } else if (n == 0) {
-        n = nb_het_loci > 1 ? int64_t{1} << (nb_het_loci - 1) : 1;
-    }
+    int64_t n = vary_homozygotes ? int64_t{1} << loci : int64_t{1} << std::max(nb_het_loci - 1, 0);
+    // A number left from before is kept, but for what would only repeat genotypes.
+    if (!vary_homozygotes && nb_genotypes > 0) n = std::min(n, nb_genotypes);
     nb_genotypes = 0;
     genotypes.Flush();
     try {

@@ -387,6 +387,22 @@ TEST(TPhenotype, GenotypesOfRandomIndividualsAreAllPairsThatFit) {
     }
 }
 
+TEST(TPhenotype, ANumberOfGenotypesLeftFromBeforeIsKept) {
+    Letters letters;
+    TPopHaploDB haplotypes;
+    TPhenotype p = letters.individual("AAA", "CCC");
+    p.nb_genotypes = 2;
+    p.build_genotypes(haplotypes, &letters.db, 0, false);
+    EXPECT_EQ(p.nb_genotypes, 2);
+    p.nb_genotypes = 100;  // more than there are
+    p.build_genotypes(haplotypes, &letters.db, 0, false);
+    EXPECT_EQ(p.nb_genotypes, 4);
+    EXPECT_EQ(p.genotypes.count, 4);
+    p.kill_gen_list();
+    p.build_genotypes(haplotypes, &letters.db, 0, false);
+    EXPECT_EQ(p.nb_genotypes, 4);
+}
+
 TEST(TPhenotype, ProbabilitiesDoubleAndAreShared) {
     Letters letters;
     TPopHaploDB haplotypes;
@@ -856,6 +872,12 @@ TEST_F(TPhenDBRandom, ResampledPhenotypeTakesTheIntervalOfEachDraw) {
     seed();
     p.build_resam_pheno(20, 4, cum1, 2, cum2, 3, locus_1, locus_2, seed_argument, &letters.db, a1, a2);
     EXPECT_EQ(letters_of(*p.pseudo_hapl[0]), letters_of(*p.pseudo_hapl[1]));
+    // A draw that falls on a bound belongs to the interval below it.
+    const double bound_at_draw[] = {u[0], 1.0};
+    seed();
+    p.build_resam_pheno(20, 4, bound_at_draw, 2, cum2, 3, locus_1, locus_2, seed_argument, &letters.db,
+                        nullptr, nullptr);
+    EXPECT_STREQ(p.pseudo_hapl[0]->allele(0)->c_str(), "A");
 }
 
 TEST_F(TPhenDBRandom, ResampleTakesFourDrawsAnIndividual) {
