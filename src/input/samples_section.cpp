@@ -342,9 +342,7 @@ void Print(Population& sample, void* arg) {
 
 void PrintName(Population& sample, void* arg) {
     std::ostream& out = *static_cast<std::ostream*>(arg);
-    // Quotes have no escape: a name with a double quote stands in single ones.
-    const char quote = sample.name.contains('"') ? '\'' : '"';
-    out << "\t\tSampleName=" << quote << sample.name << quote << '\n';
+    out << "\t\tSampleName=\"" << sample.name << "\"\n";
 }
 
 std::ostream& operator<<(std::ostream& out, Samples& samples) {

@@ -231,7 +231,7 @@ void Population::haplotype_transf(Haplo_DB& db) {
     if (hapl_list.count != 0) {
         hapl_list.Flush();
         // Kept on purpose: the number of this report is 56, though the text of 156 would fit.
-        // Test: Population.HaplotypeTransferWarnsWith56
+        // Test: PopulationSteps.HaplotypeTransferWarnsWith56
         E.error(Warning, "Population::haplotype_transf()", kInvalidHaplotypeStructureName);
     }
     for (HaploDef* definition : db.list)
