@@ -364,6 +364,16 @@ TEST_F(Opening, OverLongLineIsToldAndStops) {
     EXPECT_FALSE(project.failure_reason.is_null());
 }
 
+TEST_F(Opening, OverLongLineInASectionLosesNothingSilently) {
+    const std::string too_long(200000, 'x');
+    EXPECT_FALSE(open(kProfile +
+                      std::string("[Data]\n[[Samples]]\nSampleName=\"a\"\nSampleSize=1\nSampleData={\n"
+                                  "h1 1 ") +
+                      too_long + "\n}\nSampleName=\"b\"\n"));
+    EXPECT_FALSE(open_data("", "[[Structure]]\n" + too_long + "\n"));
+    EXPECT_TRUE(log.holds(" : the line is longer than 149999 characters. Aborting reading project.\n"));
+}
+
 TEST_F(Opening, JunkIsNoProject) {
     std::string junk;
     for (int i = 0; i < 100000; ++i)
