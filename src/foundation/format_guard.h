@@ -11,7 +11,11 @@ namespace mnd {
 class FormatGuard {
 public:
     explicit FormatGuard(std::ostream& out)
-        : out_(out), flags_(out.flags()), precision_(out.precision()), width_(out.width()), fill_(out.fill()) {
+        : out_(out),
+          flags_(out.flags()),
+          precision_(out.precision()),
+          width_(out.width()),
+          fill_(out.fill()) {
         out_.flags(std::ios_base::skipws | std::ios_base::dec);
         out_.precision(6);
         out_.width(0);

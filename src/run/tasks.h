@@ -15,8 +15,8 @@ enum Task : int {
     kTaskChakraborty = 256,
     kTaskAmova = 512,
     kTaskPairwiseFst = 1024,
-    kTaskDistanceFiles = 2048,       // pairwise genetic distances, one ".dis" file per sample
-    kTaskAmovaPermutations = 4096,   // documented for users; nothing tests it
+    kTaskDistanceFiles = 2048,      // pairwise genetic distances, one ".dis" file per sample
+    kTaskAmovaPermutations = 4096,  // documented for users; nothing tests it
     kTaskExactDifferentiation = 8192,
     kTaskFuFs = 16384,
     kTaskAssignment = 32768,
