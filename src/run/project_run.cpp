@@ -225,7 +225,7 @@ bool Project::read_project() {
     PopGenetics::globalAllelicDB.destroy();
     if (newOpen()) return true;
     *_AOS_ << "Error opening project... " << settings::input_file << std::endl;
-    failure_reason = "the project file is not usable";
+    if (failure_reason.is_null()) failure_reason = "the project file is not usable";
     return false;
 }
 
