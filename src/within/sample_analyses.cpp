@@ -75,7 +75,7 @@ public:
     void run() {
         if ((s_.TaskNumber & kSampleFrameTasks) == 0) return;
         print_frame();
-        for (const Step& step : kSteps) {
+        for (const Step& step : steps()) {
             if (s_.stopped()) return;
             if ((s_.TaskNumber & step.task) != 0) run_step(step);
         }
@@ -89,30 +89,34 @@ private:
         void (SampleAnalyses::*work)();
     };
 
-    static constexpr std::array<Step, 11> kSteps = {{
-        {kTaskStandardIndices, "== Standard diversity indices : (", "Computing standard diversity indices...",
-         &SampleAnalyses::standard_indices},
-        {kTaskMolecularDiversity, "== Molecular diversity indices : (",
-         "Computing molecular diversity indices...", &SampleAnalyses::molecular_indices},
-        {kTaskMismatch, "== Mismatch distribution : (", "Computing mismatch distribution...",
-         &SampleAnalyses::mismatch_distribution},
-        {kTaskHaplotypeFrequencies, "== Haplotypes frequency estimation : (",
-         "Estimating haplotype frequencies...", &SampleAnalyses::not_held},
-        {kTaskLinkageDisequilibrium, "== Pairwise linkage disequilibrium : (",
-         "Testing linkage disequilibrium...", &SampleAnalyses::not_held},
-        {kTaskHardyWeinberg, "== Hardy-Weinberg equilibrium : (", "Testing Hardy-Weinberg equilibrium...",
-         &SampleAnalyses::not_held},
-        {kTaskDistanceFiles, nullptr, "Writing distances between haplotypes...",
-         &SampleAnalyses::distance_file},
-        {kTaskTajima, "== Tajima's test of selective neutrality : (", "Computing Tajima's test...",
-         &SampleAnalyses::tajima},
-        {kTaskChakraborty, "== Chakraborty's test of selective neutrality : (",
-         "Computing Chakraborty's test...", &SampleAnalyses::chakraborty},
-        {kTaskEwensWatterson, "== Ewens-Watterson tests of selective neutrality : (",
-         "Computing Ewens-Watterson tests...", &SampleAnalyses::ewens_watterson},
-        {kTaskFuFs, "== Fu's Fs test of selective neutrality : (", "Computing Fu's Fs test...",
-         &SampleAnalyses::fu_fs},
-    }};
+    // A function, since the table names members that are declared below it.
+    static const std::array<Step, 11>& steps() {
+        static constexpr std::array<Step, 11> kSteps = {{
+            {kTaskStandardIndices, "== Standard diversity indices : (",
+             "Computing standard diversity indices...", &SampleAnalyses::standard_indices},
+            {kTaskMolecularDiversity, "== Molecular diversity indices : (",
+             "Computing molecular diversity indices...", &SampleAnalyses::molecular_indices},
+            {kTaskMismatch, "== Mismatch distribution : (", "Computing mismatch distribution...",
+             &SampleAnalyses::mismatch_distribution},
+            {kTaskHaplotypeFrequencies, "== Haplotypes frequency estimation : (",
+             "Estimating haplotype frequencies...", &SampleAnalyses::not_held},
+            {kTaskLinkageDisequilibrium, "== Pairwise linkage disequilibrium : (",
+             "Testing linkage disequilibrium...", &SampleAnalyses::not_held},
+            {kTaskHardyWeinberg, "== Hardy-Weinberg equilibrium : (", "Testing Hardy-Weinberg equilibrium...",
+             &SampleAnalyses::not_held},
+            {kTaskDistanceFiles, nullptr, "Writing distances between haplotypes...",
+             &SampleAnalyses::distance_file},
+            {kTaskTajima, "== Tajima's test of selective neutrality : (", "Computing Tajima's test...",
+             &SampleAnalyses::tajima},
+            {kTaskChakraborty, "== Chakraborty's test of selective neutrality : (",
+             "Computing Chakraborty's test...", &SampleAnalyses::chakraborty},
+            {kTaskEwensWatterson, "== Ewens-Watterson tests of selective neutrality : (",
+             "Computing Ewens-Watterson tests...", &SampleAnalyses::ewens_watterson},
+            {kTaskFuFs, "== Fu's Fs test of selective neutrality : (", "Computing Fu's Fs test...",
+             &SampleAnalyses::fu_fs},
+        }};
+        return kSteps;
+    }
 
     bool has_unknown_phase() const {
         return sample_.profile.GenotypicData != 0 && sample_.profile.GameticPhase == 0;
