@@ -1,6 +1,8 @@
 #include "within/diversity_blocks.h"
 
+#include <cmath>
 #include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,7 +16,7 @@
 #include "results/citations.h"
 #include "results/xml_tags.h"
 #include "run/settings.h"
-#include "within/dna_distance_formulas.h"
+#include "within/dna_site_counts.h"
 #include "within/sample_distances.h"
 
 namespace mnd {
@@ -26,6 +28,25 @@ constexpr int kLabelWidth = 45;  // column of the colon in the block of molecula
 // Numbers of a block: fixed, 5 decimals.
 void set_number_format(std::ostream& out) {
     out << std::fixed << std::setprecision(5);
+}
+
+// A number of a block; one that the data do not allow is not a number to a reader.
+struct Shown {
+    double value;
+};
+std::ostream& operator<<(std::ostream& out, Shown number) {
+    return std::isfinite(number.value) ? out << number.value : out << "N.A.";
+}
+
+// Gene copies are whole, but held as a double.
+struct Copies {
+    double number;
+};
+std::ostream& operator<<(std::ostream& out, Copies copies) {
+    const std::streamsize precision = out.precision(0);
+    out << std::floor(copies.number);
+    out.precision(precision);
+    return out;
 }
 
 void print_percentage(std::ostream& out, double proportion) {
@@ -46,7 +67,7 @@ bool has_merged_haplotypes(const PopGenetics& sample) {
 }
 
 void print_sizes(std::ostream& out, const PopGenetics& sample) {
-    out << "Sample size                                  : " << static_cast<long>(sample.sample_size) << '\n'
+    out << "Sample size                                  : " << Copies{sample.sample_size} << '\n'
         << "No. of haplotypes                            : " << sample.nb_hapl << '\n';
     if (has_merged_haplotypes(sample))
         out << "No. of original haplotypes in sample         : " << sample.nb_orig_hapl << '\n';
@@ -83,7 +104,7 @@ void print_composition(std::ostream& out, const PopulDNA& sample) {
 void print_estimate(std::ostream& out, const char* label, const char* sd_label, double value, double sd) {
     const FormatGuard guard(out);
     set_number_format(out);
-    out << '\n' << label << value << '\n' << sd_label << sd << '\n';
+    out << '\n' << label << Shown{value} << '\n' << sd_label << Shown{sd} << '\n';
 }
 
 void print_allele_list_basis(std::ostream& out, const PopGenetics& sample) {
@@ -109,6 +130,22 @@ void cite(std::ostream& out, const std::vector<Citation>& publications) {
     }
 }
 
+// Only these methods have a form for rates that vary among sites.
+bool has_gamma_correction(const PopGenetics& sample) {
+    if (sample.profile.DataType != DNA || sample.gamma_a == 0.0) return false;
+    const int method = sample.distance_method;
+    return method == kJukesCantor || method == kKimuraTwoParameters || method == kTamuraNei;
+}
+
+// Name of the distance in force, without the line end that the settings put behind it.
+std::string method_name(const PopGenetics& sample, settings& s) {
+    std::ostringstream name;
+    s.print_distance_method(name, sample.distance_method);
+    std::string text = name.str();
+    if (text.empty() && sample.profile.DataType == DNA) return dna_distance_name(sample.distance_method);
+    return text.substr(0, text.find('\n'));
+}
+
 void add_distance_citation(std::vector<Citation>& publications, const PopGenetics& sample) {
     if (sample.profile.DataType != DNA) return;
     switch (sample.distance_method) {
@@ -130,7 +167,7 @@ void add_distance_citation(std::vector<Citation>& publications, const PopGenetic
         default:
             return;
     }
-    if (sample.gamma_a > 0.0) publications.push_back(Citation::Jin_Nei_1990);
+    if (has_gamma_correction(sample)) publications.push_back(Citation::Jin_Nei_1990);
 }
 
 }  // namespace
@@ -144,7 +181,7 @@ void print_phase_caution(std::ostream& out, const PopGenetics& sample) {
 void print_standard_indices(std::ostream& out, const PopGenetics& sample, const char* polymorphic_label) {
     const FormatGuard guard(out);
     set_number_format(out);
-    out << "No. of gene copies       : " << static_cast<long>(sample.sample_size);
+    out << "No. of gene copies       : " << Copies{sample.sample_size};
     if (!has_unknown_phase(sample)) {
         out << "\nNo. of sequences         : " << sample.nb_hapl;
         if (has_merged_haplotypes(sample))
@@ -210,23 +247,26 @@ void print_molecular_basis(std::ostream& out, const PopulStandard& sample) {
 void print_method(std::ostream& out, const PopGenetics& sample, settings& s) {
     const FormatGuard guard(out);
     set_number_format(out);
-    out << "\nDistance method                              : ";
-    s.print_distance_method(out, sample.distance_method);
-    if (sample.gamma_a > 0.0) {
+    out << "\nDistance method                              : " << method_name(sample, s);
+    if (has_gamma_correction(sample)) {
         out << " (Gamma correction : a=" << sample.gamma_a << ")\n";
     } else {
         out << " (no Gamma correction)\n";
     }
 }
 
+void print_no_distances(std::ostream& out) {
+    out << "\nMean number of pairwise differences cannot be computed without haplotype data\n";
+}
+
 void print_pairwise_differences(std::ostream& out, const PopGenetics& sample, bool nucleotide_diversity) {
     const FormatGuard guard(out);
     set_number_format(out);
-    out << "\nMean number of pairwise differences          : " << sample.mean_pairwise_diff << " +/- "
-        << sample.sd_pairwise_diff;
+    out << "\nMean number of pairwise differences          : " << Shown{sample.mean_pairwise_diff} << " +/- "
+        << Shown{sample.sd_pairwise_diff};
     if (nucleotide_diversity) {
-        out << "\nNucleotide diversity (average over loci)     : " << sample.nucl_diversity << " +/- "
-            << sample.sd_nucl_diversity;
+        out << "\nNucleotide diversity (average over loci)     : " << Shown{sample.nucl_diversity} << " +/- "
+            << Shown{sample.sd_nucl_diversity};
     }
     out << "\n(Standard deviations are for both the sampling and the stochastic processes)\n";
 }
@@ -247,14 +287,16 @@ void print_theta_pi(std::ostream& out, const PopGenetics& sample) {
     print_estimate(out, "Theta(Pi) : ", "S.D. Theta(Pi) : ", sample.theta_pi, sample.sd_theta_pi);
 }
 
-void print_theta_k(std::ostream& out, const PopGenetics& sample, bool available) {
+void print_theta_k(std::ostream& out, const PopGenetics& sample, bool computed) {
     const FormatGuard guard(out);
     set_number_format(out);
     if (sample.nb_hapl >= sample.sample_size) {
         out << "\nUnable to compute Theta(k) when all gene copies are different\n";
-    } else if (available) {
+    } else if (computed) {
         out << "\nTheta(k) : " << sample.theta_k << "\n95 % confidence interval limits for theta(k) : [ "
             << sample.theta_k_lower << ", " << sample.theta_k_upper << " ]\n";
+    } else {
+        out << "\nTheta(k) is not computed for so many alleles or gene copies\n";
     }
 }
 

@@ -27,18 +27,21 @@ void print_molecular_basis(std::ostream& out, const PopulRFLP& sample);
 void print_molecular_basis(std::ostream& out, const PopulMicrosat& sample);
 void print_molecular_basis(std::ostream& out, const PopulStandard& sample);
 
-// The distance method with its gamma correction.
+// The distance method, and the gamma correction if it is one of the methods that have it.
 void print_method(std::ostream& out, const PopGenetics& sample, settings& s);
+
+// In place of what distances give, for frequencies whose haplotypes have no content.
+void print_no_distances(std::ostream& out);
 
 // Mean number of pairwise differences; for sequences also nucleotide diversity.
 void print_pairwise_differences(std::ostream& out, const PopGenetics& sample, bool nucleotide_diversity);
 
-// Estimators of theta.
+// Estimators of theta. A number that is not finite is printed as "N.A.", here and above.
 void print_theta_Hom(std::ostream& out, const PopGenetics& sample);
 void print_theta_S(std::ostream& out, const PopGenetics& sample);
 void print_theta_pi(std::ostream& out, const PopGenetics& sample);
-//   available   false: the table of B numbers can't serve the sample, and nothing is printed
-void print_theta_k(std::ostream& out, const PopGenetics& sample, bool available);
+//   computed   false: the sample is beyond what the estimator can serve, which is said
+void print_theta_k(std::ostream& out, const PopGenetics& sample, bool computed);
 
 // The matrix of distances between the haplotypes of the sample, with their names.
 void print_haplotype_distances(std::ostream& out, const PopGenetics& sample);

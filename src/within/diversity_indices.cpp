@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "foundation/special_functions.h"
 #include "model/population.h"
 
 namespace mnd {
@@ -40,24 +39,103 @@ double sd_of_theta(double t, double h, double sd_h) {
            ((t + 1.0) * h * h * (10.0 * (t + 2.0) + (t + 2.0) * (t + 3.0) * (t + 4.0) + 4.0));
 }
 
-// The theta at which a function that falls with theta takes the value `target`.
+// The theta at which a function that falls from above the target to below it takes its value.
 template <typename Falling>
-double solve_falling(const Falling& function, double target) {
-    constexpr int kHalvings = 200;
-    constexpr double kLargestTheta = 10000.0;
+double solve_falling(const Falling& function, long double target) {
+    constexpr double kLargestTheta = 1e30;
     double low = 0.0;
     double high = 1.0;
     while (function(high) > target && high < kLargestTheta) {
         low = high;
         high *= 2.0;
     }
-    for (int i = 0; i < kHalvings && low < high; ++i) {
+    for (;;) {
         const double middle = 0.5 * (low + high);
-        if (middle == low || middle == high) break;
+        if (middle <= low || middle >= high) return middle;
         (function(middle) > target ? low : high) = middle;
     }
-    return 0.5 * (low + high);
 }
+
+// Sums of 1/i and of 1/i^2 over 0 < i < n.
+struct HarmonicSums {
+    double first = 0.0;
+    double second = 0.0;
+};
+
+HarmonicSums harmonic_sums(int n) {
+    constexpr int kLongestSum = 10000000;
+    constexpr double kEulerGamma = 0.57721566490153286;
+    constexpr double kPiSquaredOver6 = 1.6449340668482264;
+    const double m = n - 1.0;
+    if (n > kLongestSum) {  // the series of Euler and Maclaurin, exact to the last digit by then
+        return {std::log(m) + kEulerGamma + 1.0 / (2.0 * m) - 1.0 / (12.0 * m * m),
+                kPiSquaredOver6 - 1.0 / m + 1.0 / (2.0 * m * m)};
+    }
+    HarmonicSums sums;
+    for (int i = 1; i < n; ++i) {
+        const double d = i;
+        sums.first += 1.0 / d;
+        sums.second += 1.0 / (d * d);
+    }
+    return sums;
+}
+
+// The sum of theta/(theta + i); extended precision, for k close to n.
+long double expected_alleles(double theta, int n) {
+    long double k = 0.0L;
+    for (int i = 0; i < n; ++i)
+        k += theta / (static_cast<long double>(i) + theta);
+    return k;
+}
+
+// B numbers of n genes and 1 .. k alleles, by their recursion. Of large samples they are
+// beyond double precision: B(1558, 890) is the first.
+std::vector<long double> long_b_numbers(int n, int k) {
+    std::vector<long double> row(static_cast<std::size_t>(k), 0.0L);
+    row[0] = 1.0L;
+    for (int genes = 2; genes <= n; ++genes) {
+        for (int j = std::min(genes, k); j > 1; --j) {
+            const auto i = static_cast<std::size_t>(j) - 1;
+            row[i] = j == genes ? 1.0L : (j * row[i - 1] + (genes - 1.0L) * row[i]) / genes;
+        }
+        row[0] = 1.0L / genes;
+    }
+    return row;
+}
+
+std::vector<long double> b_numbers(int n, int k, const BnumMat& B) {
+    const double* row = B.data[n - 1];
+    if (std::all_of(row, row + k, [](double b) { return std::isfinite(b); })) return {row, row + k};
+    return long_b_numbers(n, k);
+}
+
+// Distribution of the number of alleles K among n gene copies.
+class AlleleNumber {
+public:
+    AlleleNumber(int k, int n, const BnumMat& B) : n_(n), terms_(b_numbers(n, k, B)) {
+        long double log_factorial = 0.0L;
+        for (std::size_t j = 0; j < terms_.size(); ++j) {
+            log_factorial += std::log(static_cast<long double>(j + 1));
+            terms_[j] = std::log(terms_[j]) - log_factorial;
+        }
+    }
+
+    // P(K <= k | theta), k as given to the constructor.
+    long double at_most_k(double theta) const {
+        const long double log_theta = std::log(static_cast<long double>(theta));
+        long double log_scale = 0.0L;  // ln of n! over theta (theta + 1) ... (theta + n - 1)
+        for (int i = 0; i < n_; ++i)
+            log_scale += std::log((i + 1.0L) / (static_cast<long double>(theta) + i));
+        long double sum = 0.0L;
+        for (std::size_t j = 0; j < terms_.size(); ++j)
+            sum += std::exp(terms_[j] + static_cast<long double>(j + 1) * log_theta + log_scale);
+        return sum;
+    }
+
+private:
+    int n_;
+    std::vector<long double> terms_;  // owned: ln(B(n, j)/j!), j = 1 .. k
+};
 
 }  // namespace
 
@@ -96,13 +174,7 @@ Estimate theta_from_homozygosity(double h, double sd_h) {
 
 Estimate theta_from_segregating_sites(int n, int S) {
     if (n <= 1) return {};
-    double a1 = 0.0;
-    double a2 = 0.0;
-    for (int i = 1; i < n; ++i) {
-        const double d = i;
-        a1 += 1.0 / d;
-        a2 += 1.0 / (d * d);
-    }
+    const auto [a1, a2] = harmonic_sums(n);
     const double s = S;
     return {s / a1, std::sqrt((s * a1 * a1 + s * s * a2) / ((a2 + a1 * a1) * a1 * a1))};
 }
@@ -115,36 +187,18 @@ Estimate theta_from_pairwise_differences(double pi, double n) {
 }
 
 double expected_number_of_alleles(double theta, int n) {
-    if (theta <= 0.0) return 1.0;
-    double k = 0.0;
-    for (int i = 0; i < n; ++i)
-        k += theta / (i + theta);
-    return k;
-}
-
-double probability_of_fewer_alleles(int k, int n, double theta, const BnumMat& B) {
-    constexpr double kLargestTheta = 10000.0;
-    if (theta > kLargestTheta) return 0.0;
-    if (theta <= 0.0) return k > 1 ? 1.0 : 0.0;  // the limit: one allele for sure
-    const double log_theta = std::log(theta);
-    long double sum = 0.0L;
-    for (int j = 1; j < k; ++j) {
-        sum += static_cast<long double>(B.data[n - 1][j - 1]) *
-               std::exp(static_cast<long double>(j * log_theta - factln(j)));
-    }
-    const long double scale = factln(n) + gammln(theta) - gammln(n + theta);
-    return static_cast<double>(sum * std::exp(scale));
+    return theta <= 0.0 ? 1.0 : static_cast<double>(expected_alleles(theta, n));
 }
 
 ThetaK theta_from_number_of_alleles(int k, int n, const BnumMat& B) {
-    constexpr double kTail = 0.025;
-    const auto at_most_k = [&](double theta) { return probability_of_fewer_alleles(k + 1, n, theta, B); };
+    constexpr long double kTail = 0.025L;
+    const AlleleNumber K(k, n, B);
+    const auto at_most_k = [&K](double theta) { return K.at_most_k(theta); };
     ThetaK result;
     result.upper = solve_falling(at_most_k, kTail);
-    result.lower = solve_falling(at_most_k, 1.0 - kTail);
-    if (k <= 1) return {0.0, 0.0, result.upper};
-    result.theta = solve_falling([&](double theta) { return -expected_number_of_alleles(theta, n); },
-                                 -static_cast<double>(k));
+    if (k == 1) return result;
+    result.lower = solve_falling(at_most_k, 1.0L - kTail);
+    result.theta = solve_falling([n](double theta) { return -expected_alleles(theta, n); }, -k);
     return result;
 }
 

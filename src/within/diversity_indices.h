@@ -49,11 +49,17 @@ double sd_gene_diversity(const std::vector<double>& frequencies, double n);
 Estimate theta_from_homozygosity(double h, double sd_h);
 
 // theta from S segregating sites among n gene copies, without recombination; 0 for n below 2.
+//
+//   S/a1,  s.d. = sqrt((a1^2 S + a2 S^2) / (a1^2 (a1^2 + a2))),  a1 = sum 1/i, a2 = sum 1/i^2, i < n
+//
 // Source: Watterson 1975, Theoretical Population Biology 7:256-276; Tajima 1989, Genetics
 //         123:585-595 (variance)
 Estimate theta_from_segregating_sites(int n, int S);
 
 // theta from the mean number of pairwise differences; 0 for n below 2.
+//
+//   pi,  s.d. = sqrt((n + 1)/(3 (n - 1)) pi + 2 (n^2 + n + 3)/(9 n (n - 1)) pi^2)
+//
 // Source: Tajima 1983, Genetics 105:437-460
 Estimate theta_from_pairwise_differences(double pi, double n);
 
@@ -62,11 +68,6 @@ Estimate theta_from_pairwise_differences(double pi, double n);
 // Source: Ewens 1972, Theoretical Population Biology 3:87-112
 double expected_number_of_alleles(double theta, int n);
 
-// Probability of fewer than k alleles among n gene copies under theta; 0 above theta = 10000.
-//   B   table with at least n rows and k - 1 columns
-// Source: Ewens 1972
-double probability_of_fewer_alleles(int k, int n, double theta, const BnumMat& B);
-
 // theta from the number of alleles, with the limits of its 95 % confidence interval.
 struct ThetaK {
     double theta = 0.0;
@@ -74,8 +75,17 @@ struct ThetaK {
     double upper = 0.0;
 };
 
-// Solves E(k) = k for theta by bisection, and P(K <= k | theta) = 0.975 and 0.025 for the
-// lower and the upper limit; k = 1 gives theta and the lower limit 0.
+// Largest samples for which theta is estimated from the number of alleles: fewer gene copies
+// and fewer alleles than these.
+inline constexpr int kThetaKCopyLimit = 5000;
+inline constexpr int kThetaKAlleleLimit = 1000;
+
+// Solves E(K) = k for theta by bisection, and P(K <= k | theta) = 0.975 and 0.025 for the
+// lower and the upper limit, where
+//
+//   P(K = j | theta) = |s(n, j)| theta^j / (theta (theta + 1) ... (theta + n - 1))
+//
+// k = 1 gives theta and the lower limit 0.
 //   k   observed alleles, 1 <= k < n
 //   B   table with at least n rows and k columns
 // Source: Ewens 1972

@@ -1,7 +1,6 @@
-// Alleles and heterozygosity locus by locus.
+// Indices of diversity locus by locus.
 #pragma once
 
-#include <ostream>
 #include <vector>
 
 #include "model/allele_db.h"
@@ -17,16 +16,14 @@ namespace mnd {
 // Source: Nei 1987, Molecular Evolutionary Genetics, eq. 8.4
 double computeHeterozygosity(TLocus* locus, char);
 
-// Gene copies of each allele of a sample, locus by locus, missing alleles left out. Counts
-// `hapl_list`, or both strings of alleles of each phenotype where the sample has phenotypes.
-TAlleleDB count_alleles(const Population& sample);
+// Sum of the weights of the alleles of a locus.
+double gene_copies(const TLocus& locus);
 
 // Size of a microsatellite allele in repeats: the integer part of the number + 0.5.
-int allele_size(const my_string& allele);
+long allele_size(const my_string& allele);
 
-// Largest less smallest size among the alleles of a locus with a weight above 0, of which those
-// named by the one character `missing` are left out; -1 without any.
-int allele_size_range(const TLocus& locus, char missing);
+// Largest less smallest size among the alleles of a locus; -1 for a locus without alleles.
+long allele_size_range(const TLocus& locus);
 
 // Garza-Williamson index, the number of alleles over the number of sizes they could have had:
 //
@@ -35,7 +32,27 @@ int allele_size_range(const TLocus& locus, char missing);
 // 0 without alleles. With the range over all samples it is the modified index.
 // Source: Garza and Williamson 2001, Molecular Ecology 10:305-318; Excoffier, Estoup and
 //         Cornuet 2005, Genetics 169:1727-1738 (range + 1)
-double garza_williamson_index(int nb_alleles, int range);
+double garza_williamson_index(int nb_alleles, double range);
+
+// Observed and expected heterozygosity of one locus of a set of phenotypes:
+//
+//   observed   heterozygotes over n
+//   expected   2 n/(2 n - 1) (1 - sum p^2)
+//
+// n is the number of individuals without missing alleles at the locus, rounded down; 0 gives
+// zeros.
+// Source: Nei 1978, Genetics 89:583-590
+struct LocusHeterozygosity {
+    double observed = 0.0;
+    double expected = 0.0;
+    int individuals = 0;
+};
+
+// The heterozygosity at nb_loci loci from the first one on.
+//   missing   name of the missing allele
+// Cost:     O(individuals x loci)
+std::vector<LocusHeterozygosity> locus_heterozygosity(const TPhenDB& phenotypes, int first, int nb_loci,
+                                                      char missing);
 
 // Mean and standard deviation over loci, the latter 0 for fewer than two.
 struct MeanAndSd {
@@ -45,11 +62,10 @@ struct MeanAndSd {
 MeanAndSd mean_and_sd(const std::vector<double>& values);
 
 // Gathers the indices per locus of a sample into its fields `locus_nb_alleles` and
-// `locus_heterozygosity`, and its alleles into `PopGenetics::globalAllelicDB`; for
-// microsatellites also `allele_range`, `garza_williamson` and `garza_williamson_modified`.
-void compute_locus_indices(PopGenetics& sample);
-
-// The table of the Garza-Williamson indices of a microsatellite sample.
-void print_garza_williamson(std::ostream& out, const PopGenetics& sample);
+// `locus_heterozygosity`; for microsatellites also `allele_range` and `garza_williamson`, and
+// `garza_williamson_modified`, which takes its range from `PopGenetics::globalAllelicDB` as far
+// as that holds more than the sample.
+//   counts   gene copies of the alleles of the sample, see count_alleles
+void compute_locus_indices(PopGenetics& sample, const TAlleleDB& counts);
 
 }  // namespace mnd

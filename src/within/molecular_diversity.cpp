@@ -5,6 +5,7 @@
 #include "within/molecular_diversity.h"
 
 #include <cmath>
+#include <vector>
 
 #include "foundation/message_codes.h"
 #include "model/popul_dna.h"
@@ -13,6 +14,7 @@
 #include "model/popul_standard.h"
 #include "run/errors.h"
 #include "run/settings.h"
+#include "within/dna_site_counts.h"
 
 namespace mnd {
 
@@ -20,11 +22,14 @@ namespace {
 
 // Sum over pairs of haplotypes of f_i f_j D(i, j), f in gene copies.
 double weighted_sum_of_distances(const Population& sample, const RectMat& D) {
+    std::vector<double> f;
+    for (const PHaploDef* entry : sample.hapl_list)
+        f.push_back(entry->freq);
     double sum = 0.0;
-    for (int i = 0; i < sample.hapl_list.count; ++i) {
-        const double f_i = sample.hapl_list[i]->freq;
-        for (int j = 0; j < i; ++j)
-            sum += f_i * sample.hapl_list[j]->freq * D.data[i][j];
+    for (std::size_t i = 0; i < f.size(); ++i) {
+        const double* row = D.data[i];
+        for (std::size_t j = 0; j < i; ++j)
+            sum += f[i] * f[j] * row[j];
     }
     return sum;
 }
@@ -44,40 +49,51 @@ bool ensure_distances(PopGenetics& sample, settings& s, const char* reporter) {
     return true;
 }
 
+// Whether the method in force gives differences per site. A number that is no method stands
+// for the number of differences.
+bool is_per_site(const PopulDNA& sample) {
+    return sample.distance_method > kPairwiseDifference && sample.distance_method <= kTamuraNei;
+}
+bool is_per_site(const PopulRFLP& sample) {
+    return sample.distance_method == 1;
+}
+// Kept on purpose: distances between lists of alleles are sums over the loci under every method.
+// Test: MolecularDiversity.AlleleListsAreNotMultipliedByTheLoci
+bool is_per_site(const PopGenetics&) {
+    return false;
+}
+
 // The total of all distances, in differences per pair of gene copies.
-//   proportional   distances of methods other than 0 are per locus
-double total_distance(const PopGenetics& sample, bool proportional) {
+double total_distance(const PopGenetics& sample, bool per_site) {
     const HaploDef* first = sample.hapl_list[0]->def;
     if (first == nullptr || first->content.length() == 0) return 0.0;
     const double P = weighted_sum_of_distances(sample, *sample.dist_mat);
-    return proportional && sample.distance_method != 0 ? P * sample.nb_usable_loci : P;
+    return per_site ? P * sample.nb_usable_loci : P;
 }
 
-void store_molecular_diversity(PopGenetics& sample, const MolecularDiversity& d) {
+template <class Sample>
+bool compute_pairwise_diff(Sample& sample, settings& s, const char* reporter, MolecularDiversity& d) {
+    if (!ensure_distances(sample, s, reporter)) return false;
+    d = molecular_diversity(total_distance(sample, is_per_site(sample)), sample.sample_size,
+                            sample.nb_usable_loci);
     sample.mean_pairwise_diff = d.mean_pairwise_diff;
     sample.sd_pairwise_diff = d.sd_pairwise_diff;
+    return true;
 }
 
-void store_nucleotide_diversity(PopGenetics& sample, const MolecularDiversity& d) {
+template <class Sample>
+int compute_for_sequences(Sample& sample, settings& s, const char* reporter) {
+    MolecularDiversity d;
+    if (!compute_pairwise_diff(sample, s, reporter, d)) return 0;
     sample.nucl_diversity = d.nucl_diversity;
     sample.sd_nucl_diversity = d.sd_nucl_diversity;
-}
-
-int compute_for_sequences(PopGenetics& sample, settings& s, const char* reporter) {
-    if (!ensure_distances(sample, s, reporter)) return 0;
-    const MolecularDiversity d =
-        molecular_diversity(total_distance(sample, true), sample.sample_size, sample.nb_usable_loci);
-    store_molecular_diversity(sample, d);
-    store_nucleotide_diversity(sample, d);
     return 1;
 }
 
-// Distances between lists of alleles are sums over the loci under every method.
-int compute_for_allele_lists(PopGenetics& sample, settings& s, const char* reporter) {
-    if (!ensure_distances(sample, s, reporter)) return 0;
-    store_molecular_diversity(sample, molecular_diversity(total_distance(sample, false), sample.sample_size,
-                                                          sample.nb_usable_loci));
-    return 1;
+template <class Sample>
+int compute_for_allele_lists(Sample& sample, settings& s, const char* reporter) {
+    MolecularDiversity d;
+    return compute_pairwise_diff(sample, s, reporter, d) ? 1 : 0;
 }
 
 double root_or_zero(double variance) {

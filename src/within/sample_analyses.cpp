@@ -1,22 +1,24 @@
 #include "within/sample_analyses.h"
 
 #include <array>
-#include <cstring>
 #include <ctime>
+#include <string>
+#include <type_traits>
 
 #include "foundation/clock_time.h"
 #include "foundation/data_type.h"
 #include "foundation/escape.h"
-#include "foundation/format_guard.h"
+#include "model/integer_part.h"
 #include "model/popul_dna.h"
 #include "model/popul_microsat.h"
 #include "model/popul_rflp.h"
 #include "model/popul_standard.h"
 #include "model/samples.h"
 #include "run/errors.h"
+#include "within/allele_counts.h"
 #include "within/diversity_blocks.h"
 #include "within/diversity_indices.h"
-#include "within/locus_diversity.h"
+#include "within/locus_tables.h"
 #include "within/sample_distances.h"
 
 namespace mnd {
@@ -45,15 +47,18 @@ void build_reference(PopulRFLP& sample) {
 void build_reference(PopulMicrosat&) {}
 void build_reference(PopulStandard&) {}
 
-// Gamma corrects DNA distances only; generic alleles have a single method.
-void set_method(PopulDNA& sample, int method, double gamma) {
-    sample.distance_method = method;
-    sample.gamma_a = gamma;
+// Number of the method in force. Types other than DNA have two methods, generic alleles one.
+int method_of(const PopulDNA&, int method) {
+    return method;
 }
-void set_method(PopGenetics& sample, int method, double) {
-    sample.distance_method =
-        sample.profile.DataType == STANDARD || sample.profile.DataType == FREQUENCY ? 0 : method;
-    sample.gamma_a = 0.0;
+int method_of(const PopulRFLP&, int method) {
+    return method == 1 ? 1 : 0;
+}
+int method_of(const PopulMicrosat&, int method) {
+    return method == 0 ? 0 : 1;
+}
+int method_of(const PopulStandard&, int) {
+    return 0;
 }
 
 template <class Sample>
@@ -76,12 +81,14 @@ public:
         if ((s_.TaskNumber & kSampleFrameTasks) == 0) return;
         print_frame();
         for (const Step& step : steps()) {
-            if (s_.stopped()) return;
+            if (s_.stopped() || preparation_ == Preparation::kFailed) return;
             if ((s_.TaskNumber & step.task) != 0) run_step(step);
         }
     }
 
 private:
+    enum class Preparation { kNotDone, kDone, kFailed };
+
     struct Step {
         Task task;
         const char* heading;  // null: none
@@ -122,12 +129,12 @@ private:
         return sample_.profile.GenotypicData != 0 && sample_.profile.GameticPhase == 0;
     }
 
-    std::string escaped_name() const { return escape_text(sample_.name.view()); }
+    std::string name() const { return std::string(sample_.name.view()); }
 
     void print_frame() {
         const bool by_sample = s_.current_samples == nullptr || s_.current_samples->output_by_sample;
         sample_.print_population_anchor(2, s_, my_string(by_sample ? "pop_" : "gr_"));
-        print_heading(out_, "== Sample : \t" + escaped_name());
+        print_heading(out_, "== Sample : \t" + name());
     }
 
     void run_step(const Step& step) {
@@ -135,26 +142,31 @@ private:
         settings::print_message();
         *_AOS_ << "\n\t" << step.message;
         const std::clock_t begin = std::clock();
-        if (step.heading != nullptr) print_heading(out_, step.heading + escaped_name() + ")");
+        if (step.heading != nullptr) print_heading(out_, step.heading + name() + ")");
         (this->*step.work)();
         *_AOS_ << " done in " << milliseconds_since(begin) << " ms\n";
     }
 
     // Weights, reference haplotype and comparison of the loci, once per sample.
-    void prepare() {
-        if (prepared_) return;
-        prepared_ = true;
+    // Returns: false when there is nothing to compare, which the document then says
+    bool prepare() {
+        if (preparation_ != Preparation::kNotDone) return preparation_ == Preparation::kDone;
         copy_weights(sample_, s_);
         build_reference(sample_);
-        sample_.evaluate_polymorphism(s_);
+        const bool compared = sample_.evaluate_polymorphism(s_) != 0;
+        preparation_ = compared ? Preparation::kDone : Preparation::kFailed;
+        if (!compared) out_ << "The sample has no haplotypes to compare, it is not analysed.\n";
+        return compared;
     }
 
-    // Sets the distance of a task; a matrix of another one is released.
+    // Sets the distance of a task; a matrix of another one is released. Gamma corrects DNA
+    // distances only.
     void require_distance(int method, double gamma) {
-        const int old_method = sample_.distance_method;
-        const double old_gamma = sample_.gamma_a;
-        set_method(sample_, method, gamma);
-        if (sample_.distance_method != old_method || sample_.gamma_a != old_gamma) sample_.dist_mat.reset();
+        method = method_of(sample_, method);
+        if constexpr (!std::is_same_v<Sample, PopulDNA>) gamma = 0.0;
+        if (sample_.distance_method != method || sample_.gamma_a != gamma) sample_.dist_mat.reset();
+        sample_.distance_method = method;
+        sample_.gamma_a = gamma;
     }
 
     void standard_indices() {
@@ -163,7 +175,7 @@ private:
                  << "for recessive data\n\n";
             return;
         }
-        prepare();
+        if (!prepare()) return;
         sample_.calc_sample_homozygosity();
         sample_.calc_sample_sd_heterozygosity();
         print_standard_indices(out_, sample_, kPolymorphicLabel<Sample>);
@@ -173,6 +185,7 @@ private:
     }
 
     void print_loci() {
+        if constexpr (kIsMicrosat<Sample>) count_alleles_of_pass();
         if (sample_.profile.GenotypicData != 0) {
             sample_.OutputAllelelNumberAndHetPerLocusDipl(s_);
         } else {
@@ -184,54 +197,74 @@ private:
         }
     }
 
+    // The modified index of microsatellites looks at all samples: the first one counts them.
+    void count_alleles_of_pass() {
+        const Samples* pass = s_.current_samples;
+        if (pass == nullptr || pass->populations.count == 0) return;
+        if (pass->populations[0] == &sample_) count_global_alleles(*pass);
+    }
+
     void molecular_indices() {
         if (s_.RecessiveAllelesEM != 0) {
             out_ << "Molecular diversity indices cannot be computed \n"
                  << "for recessive data\n";
             return;
         }
-        prepare();
+        if (!prepare()) return;
         require_distance(s_.DistanceMethod, s_.GammaAValue);
-        const bool computed = sample_.compute_molecular_diversity(s_) != 0;
+        const bool has_content = sample_.profile.DataType != FREQUENCY;
+        const bool computed = has_content && sample_.compute_molecular_diversity(s_) != 0;
         if constexpr (std::is_same_v<Sample, PopulDNA>) sample_.comp_nucl_freq();
         print_molecular_basis(out_, sample_);
         print_phase_caution(out_, sample_);
-        print_method(out_, sample_, s_);
-        if (computed) {
-            print_pairwise_differences(out_, sample_, kIsSequence<Sample>);
-            if (s_.PrintHaplDistMat != 0 || s_.PrintPopDistMat != 0) print_haplotype_distances(out_, sample_);
-        } else {
-            out_ << "\nThe distances between the haplotypes could not be computed\n";
+        if (!has_content) {
+            print_no_distances(out_);
+        } else if (!print_distances(computed)) {
+            return;
         }
-        out_ << '\n';
-        cite_molecular_diversity(out_, sample_);
-        theta_estimators(computed);
+        theta_estimators();
     }
 
-    void theta_estimators(bool has_distances) {
+    // Returns: false when there are none, and the task ends
+    bool print_distances(bool computed) {
+        print_method(out_, sample_, s_);
+        if (!computed) {
+            out_ << "\nThe distances between the haplotypes could not be computed\n";
+            return false;
+        }
+        print_pairwise_differences(out_, sample_, kIsSequence<Sample>);
+        if (s_.PrintHaplDistMat != 0 || s_.PrintPopDistMat != 0) print_haplotype_distances(out_, sample_);
+        out_ << '\n';
+        cite_molecular_diversity(out_, sample_);
+        return true;
+    }
+
+    void theta_estimators() {
         if constexpr (kIsMicrosat<Sample>) out_ << "\nInfinite allele model:\n\n";
         sample_.calc_theta_Hom();
         print_theta_Hom(out_, sample_);
         if constexpr (!kIsMicrosat<Sample>) print_theta_k(out_, sample_, calc_theta_k());
         if constexpr (kIsSequence<Sample>) {
-            sample_.calc_theta_S(static_cast<int>(sample_.sample_size), sample_.nb_subst_sites);
+            sample_.calc_theta_S(integer_part(sample_.sample_size), sample_.nb_subst_sites);
             print_theta_S(out_, sample_);
-            if (has_distances) {
-                sample_.calc_theta_pi(sample_.mean_pairwise_diff);
-                print_theta_pi(out_, sample_);
-            }
+            sample_.calc_theta_pi(sample_.mean_pairwise_diff);
+            print_theta_pi(out_, sample_);
         }
         out_ << '\n';
         cite_theta(out_, sample_);
     }
 
-    // Returns: false when the table of B numbers can't serve this sample
+    // Returns: false when it was not computed, for which print_theta_k has the words
     bool calc_theta_k() {
-        const int n = static_cast<int>(sample_.sample_size);
+        const int n = integer_part(sample_.sample_size);
         const int k = sample_.nb_hapl;
         if (k < 1 || k >= n) return false;
-        if (!PopGenetics::ensure_B(n, k)) {
+        if (n >= kThetaKCopyLimit || k >= kThetaKAlleleLimit) {
             *_AOS_ << "\t\t\tToo many aleles or gene copies in sample to compute Theta(k)\n";
+            return false;
+        }
+        if (!PopGenetics::ensure_B(n, k)) {
+            *_AOS_ << "\t\t\tFile 500k100.bnb not found... skipping task !\n";
             return false;
         }
         const ThetaK theta = theta_from_number_of_alleles(k, n, PopGenetics::BMat);
@@ -241,8 +274,13 @@ private:
         return true;
     }
 
+    // Only haplotypes with content have distances.
     void distance_file() {
-        prepare();
+        if (!prepare()) return;
+        if (sample_.profile.DataType == FREQUENCY || sample_.hapl_list.count == 0) {
+            *_AOS_ << "\n\t\tNo haplotype data in the sample, no distance file is written\n";
+            return;
+        }
         sample_.dist_mat.reset();
         write_distance_file(sample_, s_);
     }
@@ -280,14 +318,14 @@ private:
     Sample& sample_;
     settings& s_;
     std::ostream& out_;
-    bool prepared_ = false;
+    Preparation preparation_ = Preparation::kNotDone;
 };
 
 }  // namespace
 
 void print_heading(std::ostream& out, const std::string& heading) {
     const std::string rule(heading.size(), '=');
-    out << '\n' << rule << '\n' << heading << '\n' << rule << "\n\n";
+    out << '\n' << rule << '\n' << escape_text(heading) << '\n' << rule << "\n\n";
 }
 
 void run_sample_analyses(PopulDNA& sample, settings& s) {

@@ -18,11 +18,13 @@ class PopulStandard;
 // Tasks that give a sample its own frame in the document.
 inline constexpr int kSampleFrameTasks = kPerSampleTasks | kTaskDistanceFiles;
 
-// Writes a heading between two lines of "=" of its own length, and an empty line.
+// Writes a heading between two lines of "=" of its own length, and an empty line. What in it
+// would be markup is escaped.
 void print_heading(std::ostream& out, const std::string& heading);
 
 // Runs the selected analyses of a sample; its block goes to the result stream of s. Between two
-// tasks the stop flag of s is polled.
+// tasks the stop flag of s is polled. A sample without haplotypes to compare gets a text in
+// place of the first analysis that needs them, and no further one.
 void run_sample_analyses(PopulDNA& sample, settings& s);
 void run_sample_analyses(PopulRFLP& sample, settings& s);
 void run_sample_analyses(PopulMicrosat& sample, settings& s);
