@@ -128,7 +128,7 @@ CommandLine classify_arguments(int argc, const char* const* argv) {
         my_string lowered(argv[i]);
         lowered.to_lower();
         if (lowered.contains("run_silent")) {
-            asked.silent = true;
+            ++asked.silent;
         } else if (lowered.contains("-help")) {
             asked.help = true;
         } else if (lowered.contains(".mnp")) {
@@ -163,7 +163,7 @@ void make_mnd_run_txt(my_string project_path) {
 
 int run_command_line(int argc, const char* const* argv) {
     const CommandLine asked = classify_arguments(argc, argv);
-    if (asked.silent) {
+    for (int i = 0; i < asked.silent; ++i) {
         silentMendrake = true;
         std::cout << "Running mendcore in silent mode ...\n";
     }

@@ -10,7 +10,7 @@ namespace mnd {
 // What the arguments ask for.
 struct CommandLine {
     bool help = false;
-    bool silent = false;
+    int silent = 0;        // how often silence is asked for
     std::string project;   // the last argument that holds ".mnp"; empty when there is none
     std::string settings;  // the last argument that holds ".mns"; empty when there is none
 };

@@ -1,8 +1,8 @@
 #include "run/driver.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -163,12 +163,13 @@ void analyse_project(const Walk& walk) {
     if (!done) tell_failure(PPP->failure_reason, walk.log_path);
 }
 
-// A report of exhausted memory, or any other exception, ends the project, not the batch.
+// A project that an exception has ended outside of its document. Not the batch: the next one runs.
 void abandon_project(const Walk& walk, const char* reason) {
     E.result_stream = nullptr;
     PPP->clean();
     PPP->print_error_message();
-    *_AOS_ << "Error during run of " << proj_file << std::endl;
+    *_AOS_ << (walk.mode == Mode::kExplore ? "Error during exploration of " : "Error during run of ")
+           << proj_file << std::endl;
     tell_failure(my_string(reason), walk.log_path);
 }
 
@@ -179,10 +180,8 @@ void handle_project(const Walk& walk) {
         } else {
             analyse_project(walk);
         }
-    } catch (const ExceptionType&) {
-        abandon_project(walk, "the memory is exhausted");
-    } catch (const std::exception& exception) {
-        abandon_project(walk, exception.what());
+    } catch (...) {
+        abandon_project(walk, reason_of_exception());
     }
 }
 
@@ -244,12 +243,13 @@ void translate_file(Walk& walk) {
     char source_format[kPathLine] = "";
     char target_format[kPathLine] = "";
     char source[kPathLine] = "";
-    walk.run.getline(source_format, kPathLine);
-    walk.run.getline(target_format, kPathLine);
-    walk.run.getline(source, kPathLine);
+    char target[kPathLine] = "";
+    for (char* line : {source_format, target_format, source, target})
+        walk.run.getline(line, kPathLine);
     my_string directory(source);
     directory.extract_path();
     open_log(walk, directory);
+    seed_project();
     *_AOS_ << "The translation of files is not available\n";
     std::cerr << "mendcore: the translation of files is not available\n";
     E.CloseLog_file();
@@ -265,11 +265,26 @@ void walk_projects(Walk& walk) {
         std::cerr << "mendcore: the run file '" << run_file << "' stops before its last line\n";
 }
 
+// Walks the run file, which is open.
+void walk_run_file(Walk& walk) {
+    read_control_directory(walk.run);
+    settings::num_proj_done = 0;
+    char word[kModeLine] = "";
+    walk.run.getline(word, kModeLine);
+    walk.mode = mode_of_word(word);
+    if (walk.mode == Mode::kTranslate) {
+        translate_file(walk);
+    } else {
+        walk_projects(walk);
+    }
+}
+
 }  // namespace
 
 long seed_from_text(const char* text) {
     const char* digits = text + (*text == '-' || *text == '+' ? 1 : 0);
     constexpr std::size_t kMostDigits = 9;
+    if (*digits != 0) digits += std::min(std::strspn(digits, "0"), std::strlen(digits) - 1);
     const std::size_t length = std::strlen(digits);
     if (length == 0 || length > kMostDigits || std::strspn(digits, "0123456789") != length) return 0;
     const long seed = std::strtol(digits, nullptr, 10);
@@ -305,15 +320,11 @@ int mendstart(char* dir) {
     Walk walk;
     walk.run.open(run_file);
     if (!walk.run.is_open()) return PPP->the_settings.data_type;
-    read_control_directory(walk.run);
-    settings::num_proj_done = 0;
-    char word[kModeLine] = "";
-    walk.run.getline(word, kModeLine);
-    walk.mode = mode_of_word(word);
-    if (walk.mode == Mode::kTranslate) {
-        translate_file(walk);
-    } else {
-        walk_projects(walk);
+    try {
+        walk_run_file(walk);
+    } catch (...) {
+        // Between two projects nothing can be saved but the word of it.
+        tell_failure(my_string(reason_of_exception()), walk.log_path);
     }
     return PPP->the_settings.data_type;
 }

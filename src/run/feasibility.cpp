@@ -6,7 +6,9 @@
 
 #include "foundation/data_type.h"
 #include "run/errors.h"
+#include "run/missing_analysis.h"
 #include "run/project.h"
+#include "run/structure_analyses.h"
 #include "run/tasks.h"
 
 namespace mnd {
@@ -26,8 +28,8 @@ void skip_task(settings& s, long tasks) {
     s.TaskNumber &= ~tasks;
 }
 
-void skip_hardy_weinberg_of_haplotypes(settings& s) {
-    if (s.genotypic_data != 0 || !has_task(s, kTaskHardyWeinberg)) return;
+void skip_hardy_weinberg_of_haplotypes(settings& s, const ProfileSettings& profile) {
+    if (profile.GenotypicData != 0 || !has_task(s, kTaskHardyWeinberg)) return;
     *_AOS_ << "     !!!Hardy-Weinberg disequilibrium test is not possible on Haplotypic data,\n"
            << "        this task will be skipped." << std::endl;
     skip_task(s, kTaskHardyWeinberg);
@@ -41,16 +43,17 @@ void skip_assignment_of_haplotypes(settings& s, const Samples& samples) {
     skip_task(s, kTaskAssignment);
 }
 
-// Settles where the distances between haplotypes come from.
-void settle_distance_matrix(settings& s, const ProfileSettings& profile) {
+// Settles where the distances between haplotypes come from. A matrix counts as given when the
+// project file defines one.
+void settle_distance_matrix(settings& s, const ProfileSettings& profile, bool has_given_matrix) {
     if (s.ComputeConventionalFST != 0) {
         s.ComputeDistanceMatrixAMOVA = 1;
-    } else if (s.ComputeDistanceMatrixAMOVA == 0 && profile.GivenDistMat == 0) {
+    } else if (s.ComputeDistanceMatrixAMOVA == 0 && !has_given_matrix) {
         *_AOS_ << "    !!!No matrix was specified in input file, Mendrake will compute it from the data\n";
         s.ComputeDistanceMatrixAMOVA = 1;
     }
     if (profile.DataType != FREQUENCY) return;
-    if (profile.GivenDistMat == 0 && s.ComputeConventionalFST == 0) {
+    if (!has_given_matrix && s.ComputeConventionalFST == 0) {
         *_AOS_ << "   !!!No molecular information is available for testing genetic structure,\n"
                << "      haplotype frequencies will be used, and conventional Fst will be computed\n";
         s.ComputeDistanceMatrixAMOVA = 1;
@@ -61,15 +64,17 @@ void settle_distance_matrix(settings& s, const ProfileSettings& profile) {
 
 void skip_amova_without_structure(Project& project) {
     settings& s = project.the_settings;
-    const bool wanted = has_task(s, kTaskAmova) && (s.HaplAMOVA != 0 || s.LocByLocAMOVA != 0);
-    if (!wanted || project.IsAmovaStructure()) return;
+    if (!wants_amova(s) || project.IsAmovaStructure()) return;
     skip_task(s, kTaskAmova);
     const auto say = [](std::ostream& out) {
         out << "  An AMOVA analysis was selected and no Genetic structure\n"
             << "  is defined, AMOVA task is skipped." << std::endl;
     };
     say(*_AOS_);
-    if (s.result_stream != nullptr) say(*s.result_stream);
+    if (s.result_stream == nullptr) return;
+    say(*s.result_stream);
+    if (project.structure->NbGroups == 0)
+        tell_missing_analysis(*s.result_stream, "groups of a [[Structure]] section");
 }
 
 void correct_dememorisation(settings& s) {
@@ -94,6 +99,14 @@ void skip_hardy_weinberg_of_recessive_data(settings& s) {
     skip_task(s, kTaskHardyWeinberg);
 }
 
+// A correlation with a matrix of genetic distances needs the comparison of all pairs of samples;
+// one whose matrices are all given does not.
+void add_pairs_for_correlation(settings& s, const Mantel& mantel) {
+    if (!has_task(s, kTaskMantel) || has_task(s, kTaskPairwiseFst)) return;
+    const my_string& given_matrix = mantel.YTypes.back();
+    if (mantel.YMatrixType != given_matrix) s.TaskNumber |= kTaskPairwiseFst;
+}
+
 void drop_prints_of_unknown_haplotypes(settings& s) {
     s.PrintMinSpannNetworkPop = 0;
     s.PrintMinSpannNetworkGlob = 0;
@@ -105,16 +118,17 @@ void drop_prints_of_unknown_haplotypes(settings& s) {
 }  // namespace
 
 bool Project::IsAmovaStructure() {
-    constexpr const char* kFunction = "Project::IsAmovaStructure()";
-    const auto refuse = [](int code) {
-        E.error(Warning, kFunction, code);
-        return false;
+    int faults = 0;
+    const auto warn_if = [&faults](bool is_fault, int code) {
+        if (!is_fault) return;
+        E.error(Warning, "Project::IsAmovaStructure()", code);
+        ++faults;
     };
-    if (structure->NbSamples == 0) return refuse(kNoSamplesHaveBeenDefined);
-    if (structure->NbGroups == 0) return refuse(kNoGroupsHaveBeenDefined);
-    if (structure->NbGroups == structure->NbSamples && structure->NbGroups != 1)
-        return refuse(kOnePopulationPerGroup);
-    return true;
+    const int groups = structure->NbGroups;
+    warn_if(structure->NbSamples == 0, kNoSamplesHaveBeenDefined);
+    warn_if(groups == 0, kNoGroupsHaveBeenDefined);
+    warn_if(groups == structure->NbSamples && groups != 1, kOnePopulationPerGroup);
+    return faults == 0;
 }
 
 void Project::build_haplotype_vectors() {
@@ -131,9 +145,7 @@ void Project::build_haplotype_vectors() {
 void Project::convert_phenotypes() {
     if (phenotypes_converted) return;
     *_AOS_ << "\t\tProcessing phenotypes into pseudo-haplotypes...";
-    const std::clock_t begin = std::clock();
     samples->phen_to_gam(&haplo_db, this, &the_settings);
-    *_AOS_ << "\n\t\tdone in " << std::clock() - begin << " ms\n";
     phenotypes_converted = true;
 }
 
@@ -173,16 +185,26 @@ bool Project::check_structure_tasks() {
                         (DataType == FREQUENCY && s.EliminateRedondHaplodefs != 0);
     if (!wanted) return true;
     if (refuse_recessive_with_known_phase()) return false;
-    settle_distance_matrix(the_settings, *this);
+    settle_distance_matrix(the_settings, *this, dist_mat.MatrixSize > 0);
     if (s.ComputeDistanceMatrixAMOVA == 1 && GenotypicData == 0 && DataType != DNA && DataType != RFLP)
         build_haplotype_vectors();
     return true;
 }
 
+// Haplotypes at distance 0 from one another, which the settings want to be told or merged.
+void Project::find_redundant_haplotypes() {
+    const settings& s = the_settings;
+    const bool wanted = s.EliminateRedondHaplodefs != 0 || s.InferHaplotypeDefinitionFromDistanceMatrix != 0;
+    if (!wanted || (GenotypicData != 0 && GameticPhase == 0)) return;
+    if (s.result_stream != nullptr)
+        tell_missing_analysis(*s.result_stream, "search for haplotypes without distance");
+    if (s.ComputeDistanceMatrixAMOVA != 0) dist_mat.reset();
+}
+
 bool Project::make_run_possible() {
     settings& s = the_settings;
     *_AOS_ << "  Checking all selected options...";
-    skip_hardy_weinberg_of_haplotypes(s);
+    skip_hardy_weinberg_of_haplotypes(s, *this);
     samples->init_all_pointers(&allele_db);
     if (samples->populations.count == 0) {
         E.error(Error, kReporter, kNoSamplesHaveBeenDefined);
@@ -207,8 +229,10 @@ bool Project::make_run_possible() {
     *_AOS_ << "  done!" << std::endl;
     if (DataType == FREQUENCY) s.InferHaplotypeDefinitionFromDistanceMatrix = 0;
     skip_hardy_weinberg_of_recessive_data(s);
+    find_redundant_haplotypes();
     // Microsatellites are silently left out of the tests of neutral sampling.
     if (DataType == MICROSAT) skip_task(s, kTaskEwensWatterson | kTaskChakraborty);
+    add_pairs_for_correlation(s, mantel);
     if (GenotypicData != 0 && GameticPhase == 0) drop_prints_of_unknown_haplotypes(s);
     return true;
 }

@@ -1,5 +1,7 @@
 #include "run/project.h"
 
+#include <exception>
+#include <new>
 #include <string>
 
 #include "results/result_document.h"
@@ -47,6 +49,20 @@ void Project::build_res_bac_names() {
 void Project::print_error_message() {
     std::ofstream status(std::string(control_directory()) + "mnd_pro.txt", std::ios::trunc);
     status << "error\n";
+}
+
+const char* reason_of_exception() {
+    try {
+        throw;
+    } catch (const ExceptionType&) {
+        return "the memory is exhausted";
+    } catch (const std::bad_alloc&) {
+        return "the memory is exhausted";
+    } catch (const std::exception& exception) {
+        return exception.what();
+    } catch (...) {
+        return "an unknown fault";
+    }
 }
 
 }  // namespace mnd

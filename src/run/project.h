@@ -32,8 +32,9 @@ public:
 
     // Runs every selected analysis of the project `settings::input_file` under `the_settings`
     // (project_run.cpp). An analysis that turns out to be impossible is skipped with its message.
-    // Returns: false when the project could not be opened or checked; the reason stands in
-    //          `failure_reason`
+    // An exception, such as the end of the memory, closes the document and ends the run.
+    // Returns: false when the project could not be opened, checked or finished; the reason stands
+    //          in `failure_reason`
     bool run();
 
     // Reports what the project file holds, without analysing it, in dir + "mnd_pro.txt"
@@ -53,8 +54,8 @@ public:
     // `settings::input_file`.
     void build_res_bac_names();
 
-    // True when the structure has groups that an AMOVA can compare; warns with 123, 124 or
-    // 125 when it has not.
+    // True when the structure has groups that an AMOVA can compare. Each fault gives a warning:
+    // 123 without samples, 124 without groups, 125 when every group has a single sample.
     bool IsAmovaStructure();
 
     // Writes "error" to the control directory's "mnd_pro.txt", where a front end looks for it.
@@ -117,11 +118,16 @@ private:
     void remove_sequence_separator(std::fstream& results);
     void describe_project(std::fstream& results);
     bool check_project(std::fstream& results);
+    bool run_on_document(const OpenedDocument& document, cleaner& pre_pass);
     void analyse_level(std::fstream& results, const char* label, const char* heading);
+    void analyse_samples(std::fstream& results, const char* label, const char* heading);
+    void assign_individuals(std::fstream& results);
     void group_pass(std::fstream& results);
     void population_pass(std::fstream& results);
+    void detect_selected_loci(std::fstream& results);
     void finish_run(std::fstream& results, char separator, cleaner& pre_pass);
     bool abandon_run();
+    void close_broken_document(const OpenedDocument& document, const char* reason);
 
     // Stages of `make_run_possible`.
     void build_haplotype_vectors();
@@ -130,13 +136,21 @@ private:
     void prepare_gametes();
     bool refuse_recessive_with_known_phase();
     bool check_structure_tasks();
+    void find_redundant_haplotypes();
 
-    void convert_individuals(std::fstream& results);  // stage of `GenStructCalculations`
+    // Stages of `GenStructCalculations`.
+    void convert_individuals(std::fstream& results);
+    void compare_samples(std::fstream& results);
+    void test_differentiation(std::fstream& results);
 
     // Stages of `explore`.
     bool refuse(int code);
     bool explore_subsection(std::ifstream& file, int subsection);
 };
+
+// What the exception under way says, in a few words. To be called in its handler; the text is
+// valid as long as the handler runs.
+const char* reason_of_exception();
 
 // Creates an empty file of that name, truncating it (project_opening.cpp).
 void create_mnp_example(char* path);

@@ -85,6 +85,9 @@ bool Project::explore_subsection(std::ifstream& file, int subsection) {
 }
 
 bool Project::explore(char* dir) {
+    failure_reason = "";
+    initialize();  // nothing of the project before may pass for a value of this one
+    ProfileSettings::the_settings = &the_settings;
     DistMatLabel = "none";
     std::ofstream(kGroupsFile, std::ios::trunc) << "0\n";
     std::ifstream file(settings::input_file);

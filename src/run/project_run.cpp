@@ -1,20 +1,24 @@
 // The run of one project, from the pre-pass to the footer.
 #include <array>
-#include <cmath>
+#include <cstdint>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <utility>
 
 #include "foundation/escape.h"
 #include "foundation/format_guard.h"
+#include "results/citations.h"
 #include "results/result_document.h"
 #include "results/tree_script.h"
 #include "results/xml_tags.h"
 #include "run/cleaner.h"
 #include "run/errors.h"
+#include "run/missing_analysis.h"
 #include "run/process.h"
 #include "run/project.h"
 #include "run/tasks.h"
@@ -77,6 +81,30 @@ private:
     Structure* structure_;  // not owned: put back at the end
 };
 
+// Shows genotypes of known phase as if it were unknown, for an analysis that wants to see all of
+// them that way.
+class UnknownPhase {
+public:
+    UnknownPhase(settings& s, Samples& samples)
+        : s_(s), samples_(samples), of_settings_(s.gametic_phase), of_samples_(samples.GameticPhase) {
+        if (s.genotypic_data == 0 || s.gametic_phase == 0) return;
+        s_.gametic_phase = 0;
+        samples_.GameticPhase = 0;
+    }
+    ~UnknownPhase() {
+        s_.gametic_phase = of_settings_;
+        samples_.GameticPhase = of_samples_;
+    }
+    UnknownPhase(const UnknownPhase&) = delete;
+    UnknownPhase& operator=(const UnknownPhase&) = delete;
+
+private:
+    settings& s_;
+    Samples& samples_;
+    int of_settings_;
+    int of_samples_;
+};
+
 std::string formatted_time(const char* format) {
     const std::time_t now = std::time(nullptr);
     std::array<char, 64> text{};
@@ -100,18 +128,11 @@ std::string project_name() {
 
 // Computing time in the parts that a person reads.
 struct Duration {
-    double hours, minutes, seconds, ms;
+    std::uint64_t hours, minutes, seconds, ms;
 };
 
-Duration split_duration(double elapsed_ms) {
-    Duration d{};
-    d.hours = std::floor(elapsed_ms / 3600000.0);
-    elapsed_ms -= d.hours * 3600000.0;
-    d.minutes = std::floor(elapsed_ms / 60000.0);
-    elapsed_ms -= d.minutes * 60000.0;
-    d.seconds = std::floor(elapsed_ms / 1000.0);
-    d.ms = elapsed_ms - d.seconds * 1000.0;
-    return d;
+Duration split_duration(std::uint64_t elapsed_ms) {
+    return {elapsed_ms / 3600000, elapsed_ms / 60000 % 60, elapsed_ms / 1000 % 60, elapsed_ms % 1000};
 }
 
 void write_run_block(std::ostream& out, int run_number, const std::string& time) {
@@ -138,6 +159,25 @@ void write_project_information(std::ostream& out, const ProfileSettings& profile
         << "\tRecessiveData  =  " << s.RecessiveAllelesEM << '\n';
 }
 
+// A heading of the document between two lines of equals signs.
+void write_level_heading(std::ostream& out, const char* heading) {
+    out << kEquals << "\n== " << heading << '\n' << kEquals << '\n';
+}
+
+std::string structure_text(const Structure& structure) {
+    std::ostringstream text;
+    text << structure;
+    return escape_text(text.str());
+}
+
+// Why loci under selection can't be detected; null when they can.
+const char* obstacle_to_selection(const Structure& structure, int data_type) {
+    if (structure.NbGroups == 0)
+        return "Impossible to detect outlier loci when no genetic structure is defined\n";
+    if (data_type == FREQUENCY) return "Impossible to detect outlier loci with relative frequency data\n";
+    return nullptr;
+}
+
 }  // namespace
 
 void Project::New_print_html_results_header(bool xml) {
@@ -159,7 +199,9 @@ void Project::use_cleaned_copy(cleaner& pre_pass) {
     if (!pre_pass.execute(carried_separator(), settings::input_file) ||
         pre_pass.get_clean_proj() == nullptr) {
         *_AOS_ << "\nAn error has occurred while cleaning-up the project...\n";
-        s.result_directory = s.project_directory;  // not the folder of the project before
+        // Not the folder of the project before.
+        s.result_directory = s.project_directory;
+        s.ld_file_name = s.result_directory + "ld_dis.xl";
         return;
     }
     my_string name(*pre_pass.get_clean_proj());
@@ -266,21 +308,29 @@ bool Project::check_project(std::fstream& results) {
     return true;
 }
 
-// The analyses of each sample, then those between samples.
+// The assignment test takes every genotype as of unknown phase.
+void Project::assign_individuals(std::fstream& results) {
+    const UnknownPhase view(the_settings, *samples);
+    tell_missing_analysis(results, "assignment of genotypes to samples");
+}
+
+// The analyses of each sample by itself.
 //   label, heading   how the tree and the document name this level
-void Project::analyse_level(std::fstream& results, const char* label, const char* heading) {
+void Project::analyse_samples(std::fstream& results, const char* label, const char* heading) {
     settings& s = the_settings;
-    if (project_valid) {
-        if ((s.TaskNumber & kPerSampleTasks) != 0) {
-            TJSOut(s.js_file_name.c_str()).aux(2, label, "");
-            results << kEquals << "\n== " << heading << '\n' << kEquals << '\n';
-            structure->print_structure(results);
-            results << '\n';
-        }
-        PopGenetics::globalSubstPolymSites.clear();
-        samples->compute_stuff(s);
-    }
-    if ((s.TaskNumber & kBetweenSampleTasks) != 0) GenStructCalculations(&results);
+    if ((s.TaskNumber & kTaskAssignment) != 0) assign_individuals(results);
+    if ((s.TaskNumber & kPerSampleTasks) == 0) return;
+    TJSOut(s.js_file_name.c_str()).aux(2, label, "");
+    write_level_heading(results, heading);
+    results << structure_text(*structure) << '\n';
+    PopGenetics::globalSubstPolymSites.clear();
+    samples->compute_stuff(s);
+}
+
+// The analyses of each sample, then those between samples.
+void Project::analyse_level(std::fstream& results, const char* label, const char* heading) {
+    if (project_valid) analyse_samples(results, label, heading);
+    if ((the_settings.TaskNumber & kBetweenSampleTasks) != 0) GenStructCalculations(&results);
 }
 
 // Every analysis on samples pooled by group. The settings are read again afterwards, which
@@ -296,6 +346,8 @@ void Project::group_pass(std::fstream& results) {
         static_cast<ProfileSettings&>(pooled_structure) = *this;
         poolSamplesInGroups(*samples, *structure, pooled_samples, pooled_structure);
         pooled_samples.output_by_sample = false;
+        if (pooled_samples.populations.count == 0)
+            tell_missing_analysis(results, "groups of a [[Structure]] section");
         const LevelSwap swap(*this, pooled_samples, pooled_structure);
         s.current_samples = samples;
         analyse_level(results, "Groups", "ANALYSES AT THE INTRA-GROUP LEVEL");
@@ -311,6 +363,24 @@ void Project::population_pass(std::fstream& results) {
     s.current_samples = samples;
     haplotype_vectors_built = false;
     analyse_level(results, "Samples", "ANALYSES AT THE INTRA-POPULATION LEVEL");
+    if (s.DetectSelectedLoci != 0) detect_selected_loci(results);
+}
+
+void Project::detect_selected_loci(std::fstream& results) {
+    results << '\n';
+    write_level_heading(results, "DETECTION OF LOCI UNDER SELECTION FROM GENOME SCANS BASED ON F-STATISTICS");
+    results << "References:\n";
+    References(results, Citation::Beaumont_Nichols_1996, References::kFirst);
+    References(results, Citation::Excoffier_2009, References::kLast);
+    print_js_aux_entry(the_settings, 2, "_fdist2_", "Loci under selection");
+    *_AOS_ << "Detecting loci under selection based on F-statistics\n";
+    const std::clock_t begin = std::clock();
+    if (const char* obstacle = obstacle_to_selection(*structure, DataType)) {
+        results << obstacle;
+        *_AOS_ << '\t' << obstacle;
+    }
+    tell_missing_analysis(results, "detection of loci under selection");
+    *_AOS_ << "done with detection of loci under selection! (" << std::clock() - begin << " ms)\n";
 }
 
 // Closes a run whose analyses are done.
@@ -329,7 +399,7 @@ void Project::finish_run(std::fstream& results, char separator, cleaner& pre_pas
     settings::print_message();
     const double ticks = static_cast<double>(std::clock() - start_clock);
     elapsed_ms = static_cast<std::uint64_t>(ticks / 1000000.0 * 1000.0);
-    const Duration duration = split_duration(static_cast<double>(elapsed_ms));
+    const Duration duration = split_duration(elapsed_ms);
     write_end_block(*_AOS_, run_number, time, duration);
     write_end_block(results, run_number, time, duration);
     New_print_html_results_footer(true, xmlOutput);
@@ -340,6 +410,44 @@ bool Project::abandon_run() {
     clean();
     New_print_html_results_footer(true, xmlOutput);
     return false;
+}
+
+// Closes the document of a run that an exception ended, wherever its text stood.
+void Project::close_broken_document(const OpenedDocument& document, const char* reason) {
+    std::fstream& results = *document.stream;
+    if (!results.is_open()) return;
+    if (xmlOutput) {
+        // Opening it once more closes the elements that stand open and goes to their end.
+        results.close();
+        const char* name = the_settings.result_file_name.c_str();
+        results = std::move(*open_result_document(name, true, true).stream);
+        results << '\n' << TXmlTag::write(MndXmlTags::dataTag);
+    }
+    results.clear();
+    results << "\nThe run was abandoned: " << escape_text(reason) << '\n';
+    New_print_html_results_footer(true, xmlOutput);
+}
+
+// The run from the head of its document to the end.
+bool Project::run_on_document(const OpenedDocument& document, cleaner& pre_pass) {
+    settings& s = the_settings;
+    std::fstream& results = *document.stream;
+    start_document(document);
+    if (!read_project()) {
+        clean();
+        print_error_message();
+        New_print_html_results_footer(true, xmlOutput);
+        return false;
+    }
+    print_js_doc_entry(s, 1, "_run_information", "Settings");
+    remove_sequence_separator(results);
+    describe_project(results);
+    const char separator = LocusSeparator;
+    if (!check_project(results)) return abandon_run();
+    if (s.ComputeSumStatsWithinGroups != 0) group_pass(results);
+    population_pass(results);
+    finish_run(results, separator, pre_pass);
+    return true;
 }
 
 bool Project::run() {
@@ -358,24 +466,17 @@ bool Project::run() {
     start_clock = std::clock();
     const OpenedDocument document =
         open_result_document(s.result_file_name.c_str(), s.append_results != 0, xmlOutput);
-    std::fstream& results = *document.stream;
-    const DocumentLoan loan(s, &results);
-    start_document(document);
-    if (!read_project()) {
-        clean();
-        print_error_message();
-        New_print_html_results_footer(true, xmlOutput);
-        return false;
+    const DocumentLoan loan(s, document.stream.get());
+    try {
+        return run_on_document(document, copies.pre_pass);
+    } catch (...) {
+        failure_reason = reason_of_exception();
     }
-    print_js_doc_entry(s, 1, "_run_information", "Settings");
-    remove_sequence_separator(results);
-    describe_project(results);
-    const char separator = LocusSeparator;
-    if (!check_project(results)) return abandon_run();
-    if (s.ComputeSumStatsWithinGroups != 0) group_pass(results);
-    population_pass(results);
-    finish_run(results, separator, copies.pre_pass);
-    return true;
+    clean();
+    print_error_message();
+    *_AOS_ << "\nThe run was abandoned: " << failure_reason << std::endl;
+    close_broken_document(document, failure_reason.c_str());
+    return false;
 }
 
 }  // namespace mnd

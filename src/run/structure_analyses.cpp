@@ -1,5 +1,8 @@
 // The analyses between samples, and the pooling of samples by group.
+#include "run/structure_analyses.h"
+
 #include <ctime>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <unordered_map>
@@ -9,6 +12,7 @@
 #include "results/tree_script.h"
 #include "results/xml_tags.h"
 #include "run/errors.h"
+#include "run/missing_analysis.h"
 #include "run/project.h"
 #include "run/tasks.h"
 
@@ -18,10 +22,6 @@ namespace {
 
 bool has_task(const settings& s, long tasks) {
     return (s.TaskNumber & tasks) != 0;
-}
-
-bool has_amova_kind(const settings& s) {
-    return s.HaplAMOVA != 0 || s.LocByLocAMOVA != 0;
 }
 
 // Both the result document and the log.
@@ -48,35 +48,11 @@ void skip_recessive_data(settings& s, std::ostream& results) {
 }
 
 void open_structure_folder(settings& s, bool group_level) {
-    const bool wanted = has_task(s, kTaskPairwiseFst | kTaskExactDifferentiation) ||
-                        (has_task(s, kTaskAmova) && has_amova_kind(s));
-    if (!wanted || !htmlOutput) return;
+    if (!opens_structure_folder(s) || !htmlOutput) return;
     if (group_level) {
         print_js_aux_entry(s, 2, "_gr_gen_struct", "Genetic structure (samp=group)");
     } else {
         print_js_aux_entry(s, 2, "_pop_gen_struct", "Genetic structure (samp=pop)");
-    }
-}
-
-struct AnalysisName {
-    Task task;
-    const char* name;
-};
-
-// Analyses that settings may ask for and this version does not hold.
-constexpr AnalysisName kMissingAnalyses[] = {
-    {kTaskAmova, "analysis of molecular variance"},
-    {kTaskPairwiseFst, "pairwise comparison of samples"},
-    {kTaskMantel, "correlation between distance matrices"},
-    {kTaskExactDifferentiation, "exact test of population differentiation"},
-};
-
-// A result that was asked for and is not there must not go unnoticed.
-void tell_missing_analyses(const settings& s, std::ostream& results) {
-    for (const AnalysisName& analysis : kMissingAnalyses) {
-        if (!has_task(s, analysis.task)) continue;
-        say_twice(results,
-                  std::string("\nNot computed: this version does not hold the ") + analysis.name + ".\n");
     }
 }
 
@@ -104,32 +80,68 @@ void append_individuals(const Population& from, Population& pool) {
 
 void pool_one_group(const MY_TIArrayAsVector<Population>& group, Population& pool) {
     std::unordered_map<const HaploDef*, std::int64_t> index_of;
-    pool.sample_size = 0.0;
     for (int i = 0; i < group.count; ++i) {
         const Population& sample = *group[i];
-        pool.allele_db = sample.allele_db;
         pool.phen_to_gam_done = sample.phen_to_gam_done;
         pool.RecessiveAllelesEM = sample.RecessiveAllelesEM;
+        pool.nb_hapl += sample.nb_hapl;
         pool.sample_size += sample.sample_size;
         merge_haplotypes(sample, pool, index_of);
         append_individuals(sample, pool);
     }
-    pool.nb_hapl = pool.nb_orig_hapl = pool.hapl_list.count;
+    // Individuals whose haplotypes are unknown keep the number of their rows.
+    if (pool.hapl_list.count > 0) pool.nb_hapl = static_cast<int>(pool.hapl_list.count);
+    pool.nb_orig_hapl = pool.nb_hapl;
     pool.inv_sample_size = pool.sample_size > 0.0 ? 1.0 / pool.sample_size : 1.0;
+    pool.phen_db.convert_freq_to_real();
 }
 
 }  // namespace
+
+bool wants_amova(const settings& s) {
+    return has_task(s, kTaskAmova) && (s.HaplAMOVA != 0 || s.LocByLocAMOVA != 0);
+}
+
+bool opens_structure_section(const settings& s) {
+    return wants_amova(s) || has_task(s, kTaskPairwiseFst);
+}
+
+bool opens_structure_folder(const settings& s) {
+    return opens_structure_section(s) || has_task(s, kTaskExactDifferentiation);
+}
+
+bool needs_haplotype_matrix(const settings& s) {
+    if (s.ComputeDistanceMatrixAMOVA == 0 && s.ComputeConventionalFST == 0) return false;
+    const bool pairs_need_it =
+        s.ComputePairwiseFST != 0 || s.UnequalPopSizeDiv != 0 || s.PrintMissIntermatchs != 0;
+    return (has_task(s, kTaskAmova) && s.HaplAMOVA != 0) ||
+           (has_task(s, kTaskPairwiseFst) && pairs_need_it) || has_task(s, kTaskMantel);
+}
+
+bool prints_haplotype_matrix(const settings& s) {
+    return s.PrintDistanceMatrix != 0 || s.PrintMinSpannNetworkGlob != 0;
+}
+
+bool compares_samples(const settings& s) {
+    return has_task(s, kTaskAmova | kTaskPairwiseFst | kTaskMantel);
+}
+
+bool compares_whole_haplotypes(const settings& s) {
+    return compares_samples(s) && (s.HaplAMOVA != 0 || has_task(s, kTaskPairwiseFst | kTaskMantel));
+}
+
+bool compares_locus_by_locus(const settings& s) {
+    return compares_samples(s) && s.LocByLocAMOVA != 0;
+}
 
 void Project::poolSamplesInGroups(Samples const& from_samples, Structure const& from_structure,
                                   Samples& pooled_samples, Structure& pooled_structure) {
     const int nb_groups = static_cast<int>(from_structure.groups.size());
     for (int g = 0; g < nb_groups; ++g) {
-        Population empty;
-        empty.profile = from_samples;
+        const my_string name(("Group " + std::to_string(g + 1)).c_str());
+        const Population empty(name, g, from_samples);
         std::unique_ptr<Population> pool = Samples::new_sample(from_samples.DataType, empty);
-        pool->name = ("Group " + std::to_string(g + 1)).c_str();
-        pool->id = g;
-        pool->profile = from_samples;
+        pool->allele_db = &allele_db;
         pool_one_group(from_structure.groups[static_cast<std::size_t>(g)], *pool);
         pooled_samples.populations.Add(pool.release());
     }
@@ -155,17 +167,40 @@ void Project::convert_individuals(std::fstream& results) {
     *_AOS_ << "\tdone ! (" << milliseconds_since(begin) << " ms)\n";
 }
 
+// What works on the whole table of samples: variance components, pairs, correlations.
+void Project::compare_samples(std::fstream& results) {
+    settings& s = the_settings;
+    const bool group_level = !samples->output_by_sample;
+    if (compares_whole_haplotypes(s)) {
+        if (s.HaplAMOVA != 0 && htmlOutput)
+            print_js_doc_entry(s, 2, group_level ? "_gr_amova" : "_pop_amova", "AMOVA");
+        if (has_task(s, kTaskAmova) && s.HaplAMOVA != 0)
+            tell_missing_analysis(results, "analysis of molecular variance");
+        if (has_task(s, kTaskPairwiseFst)) tell_missing_analysis(results, "pairwise comparison of samples");
+        if (has_task(s, kTaskMantel)) tell_missing_analysis(results, "correlation between distance matrices");
+    }
+    if (compares_locus_by_locus(s))
+        tell_missing_analysis(results, "analysis of molecular variance locus by locus");
+}
+
+void Project::test_differentiation(std::fstream& results) {
+    const bool group_level = !samples->output_by_sample;
+    print_js_doc_entry(the_settings, 2, group_level ? "_gr_exct_tests" : "_pop_exct_tests", "Exact tests");
+    tell_missing_analysis(results, "exact test of population differentiation");
+}
+
 void Project::GenStructCalculations(std::fstream* results) {
     settings& s = the_settings;
     if (GenotypicData != 0 && RecessiveData == 0) convert_individuals(*results);
     if (DataType == MICROSAT) *_AOS_ << "\nSkipping microsat repeat length detection\n";
     if (GenotypicData != 0 && RecessiveData != 0) skip_recessive_data(s, *results);
     open_structure_folder(s, !samples->output_by_sample);
-    if ((has_task(s, kTaskAmova) && has_amova_kind(s)) || has_task(s, kTaskPairwiseFst)) {
+    if (opens_structure_section(s)) {
         constexpr const char* kRule = "==============================\n";
         *results << '\n' << kRule << "== GENETIC STRUCTURE ANALYSIS\n" << kRule;
     }
-    tell_missing_analyses(s, *results);
+    if (compares_samples(s)) compare_samples(*results);
+    if (has_task(s, kTaskExactDifferentiation)) test_differentiation(*results);
 }
 
 }  // namespace mnd

@@ -41,7 +41,7 @@ TEST(CommandLine, HelpInsideAPathCountsAsHelp) {
 
 TEST(CommandLine, SilentIsTestedBeforeHelpAndProject) {
     const CommandLine asked = classify({"RUN_SILENT-help.mnp"});
-    EXPECT_TRUE(asked.silent);
+    EXPECT_EQ(asked.silent, 1);
     EXPECT_FALSE(asked.help);
     EXPECT_EQ(asked.project, "");
 }
@@ -54,7 +54,7 @@ TEST(CommandLine, ProjectExtensionIsTestedBeforeSettings) {
 
 TEST(CommandLine, IgnoresOtherArguments) {
     const CommandLine asked = classify({"--verbose", "x.txt"});
-    EXPECT_FALSE(asked.help || asked.silent);
+    EXPECT_FALSE(asked.help || asked.silent != 0);
     EXPECT_TRUE(asked.project.empty() && asked.settings.empty());
 }
 
