@@ -196,14 +196,36 @@ void BM_DnaDistances(benchmark::State& state) {
     }
 }
 
+// Weights whose sums round are added up in the order of the sites.
+void BM_DnaDistancesRoundingWeights(benchmark::State& state) {
+    const Sequences& data = sequences(static_cast<int>(state.range(0)), 1000, 0.1);
+    auto p = parameters(mnd::kPairwiseDifference, 0.0);
+    p.weights = {0.3, 0.7, 0.1};
+    mnd::DnaPair pair;
+    double sum = 0.0;
+    for (auto _ : state) {
+        mnd::DnaDistances distances(p, data.views, data.sites);
+        for (int i = 1; i < static_cast<int>(data.views.size()); ++i) {
+            for (int j = 0; j < i; ++j) {
+                distances.distance(i, j, pair);
+                sum += pair.distance;
+            }
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
 void sizes(benchmark::internal::Benchmark* bench) {
     bench->ArgNames({"haplotypes", "sites", "divergence", "method", "gamma"})->Unit(benchmark::kMillisecond);
     for (int method = 0; method < 7; ++method)
         bench->Args({500, 1000, 10, method, 0});
     for (const int method : {1, 2, 6})
         bench->Args({500, 1000, 10, method, 50});
-    for (const int divergence : {1, 50})
-        bench->Args({500, 1000, divergence, 2, 0});
+    for (const int divergence : {1, 50}) {
+        for (int method = 0; method < 7; ++method)
+            bench->Args({500, 1000, divergence, method, 0});
+    }
+    bench->Args({500, 1000, 1, 6, 50});
     for (const int n : {125, 250, 1000})
         bench->Args({n, 1000, 10, 2, 0});
     for (const int length : {250, 4000})
@@ -212,5 +234,11 @@ void sizes(benchmark::internal::Benchmark* bench) {
 
 BENCHMARK(BM_DnaDistancesPlain)->Apply(sizes);
 BENCHMARK(BM_DnaDistances)->Apply(sizes);
+BENCHMARK(BM_DnaDistancesRoundingWeights)
+    ->ArgName("haplotypes")
+    ->Arg(125)
+    ->Arg(250)
+    ->Arg(500)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

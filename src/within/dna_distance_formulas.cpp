@@ -153,28 +153,41 @@ DnaFault set_tamura_nei_gamma(const TamuraNeiTerms& t, double a, DnaPair& pair) 
     return DnaFault::kNone;
 }
 
-// Half the sum of squared proportions of pairs over the products of frequencies.
-double tajima_nei_c(const DnaPair& pair, const std::array<double, 4>& f) {
-    double sum = 0.0;
-    for (std::size_t i = 1; i < 4; ++i) {
-        for (std::size_t j = 0; j < i; ++j)
-            sum += squared(pair.pair_counts[i][j]) / (f[i] * f[j]);
+// The unordered types of pairs of bases, in the order of their counters.
+constexpr std::size_t kPairTypes = 6;
+struct PairType {
+    std::size_t i, j;
+    bool transition;
+};
+constexpr PairType kPairType[kPairTypes] = {
+    {kBaseT, kBaseC, true},  {kBaseA, kBaseC, false}, {kBaseA, kBaseT, false},
+    {kBaseG, kBaseC, false}, {kBaseG, kBaseT, false}, {kBaseG, kBaseA, true},
+};
+using PairTypeValues = std::array<double, kPairTypes>;
+
+// Differences of the classes with a weight.
+int weighted_differences(const SiteCounts& counts, const DnaWeights& weights) {
+    const int transitions = counts[0] + counts[5];
+    const int transversions = counts[1] + counts[2] + counts[3] + counts[4];
+    return (weights.transition > 0.0 ? transitions : 0) + (weights.transversion > 0.0 ? transversions : 0);
+}
+
+// Half the sum of squared proportions h of pairs over the products of frequencies.
+double tajima_nei_c(const PairTypeValues& h, const std::array<double, 4>& f) {
+    PairTypeValues terms;
+    for (std::size_t c = 0; c < kPairTypes; ++c) {
+        terms[c] = h[c] * h[c] / (f[kPairType[c].i] * f[kPairType[c].j]);
     }
+    double sum = 0.0;
+    for (const double term : terms)
+        sum += term;
     return 0.5 * sum;
 }
 
-// Fills the types of pairs; returns the differences, of classes with a weight.
-int set_pair_counts(const SiteCounts& counts, const DnaWeights& weights, DnaPair& pair) {
-    int differences = 0;
-    std::size_t counter = kTajimaNeiPairs;
-    for (std::size_t i = 1; i < 4; ++i) {
-        for (std::size_t j = 0; j < i; ++j, ++counter) {
-            const double weight = i / 2 == j / 2 ? weights.transition : weights.transversion;
-            if (weight > 0.0) differences += counts[counter];
-            pair.pair_counts[i][j] = counts[counter];
-        }
-    }
-    return differences;
+// Stores the types of pairs, as counts or as proportions.
+void set_pair_counts(const PairTypeValues& values, DnaPair& pair) {
+    for (std::size_t c = 0; c < kPairTypes; ++c)
+        pair.pair_counts[kPairType[c].i][kPairType[c].j] = values[c];
 }
 
 struct FaultReport {
@@ -280,21 +293,24 @@ DnaFault tajima_nei_distance(const SiteCounts& counts, const DnaWeights& weights
                              const BaseComposition& composition, DnaPair& pair) {
     const std::array<double, 4>& f = composition.frequency;
     const double L = counts[kTajimaNeiCompared];
-    const int differences = set_pair_counts(counts, weights, pair);
+    PairTypeValues h;
+    for (std::size_t c = 0; c < kPairTypes; ++c)
+        h[c] = counts[kTajimaNeiPairs + c];
+    const int differences = weighted_differences(counts, weights);
     if (differences == 0) {
+        set_pair_counts(h, pair);
         pair.distance = pair.distance_var = 0.0;
         return DnaFault::kNone;
     }
-    if (std::any_of(f.begin(), f.end(), [](double x) { return x <= 0.0; })) {
+    if (f[0] <= 0.0 || f[1] <= 0.0 || f[2] <= 0.0 || f[3] <= 0.0) {
+        set_pair_counts(h, pair);
         return DnaFault::kTajimaNeiNoNucleotide;
     }
-    double homozygosity = 0.0;
-    for (std::size_t i = 0; i < 4; ++i) {
-        for (std::size_t j = 0; j < i; ++j)
-            pair.pair_counts[i][j] /= L;
-        homozygosity += f[i] * f[i];
-    }
-    const double c = tajima_nei_c(pair, f);
+    for (double& proportion : h)
+        proportion /= L;
+    set_pair_counts(h, pair);
+    const double homozygosity = f[0] * f[0] + f[1] * f[1] + f[2] * f[2] + f[3] * f[3];
+    const double c = tajima_nei_c(h, f);
     if (c == 0.0) return DnaFault::kTajimaNeiNoNucleotide;
     const double p = differences / L;
     const double b = (p * p / c + (1.0 - homozygosity)) / 2.0;

@@ -21,6 +21,10 @@ std::size_t place_of(const std::array<std::int32_t, 4>& counts) {
     return (h >> 20U) & (kMemorySize - 1);
 }
 
+bool same_counts(const std::array<std::int32_t, 4>& a, const std::array<std::int32_t, 4>& b) {
+    return ((a[0] ^ b[0]) | (a[1] ^ b[1]) | (a[2] ^ b[2]) | (a[3] ^ b[3])) == 0;
+}
+
 SitePairCounter::Rule rule_of(const DnaDistanceParameters& p) {
     return [method = p.method, weights = p.weights, missing = p.missing](char a, char b) {
         return dna_site_counters(method, weights, missing, a, b);
@@ -64,7 +68,7 @@ DnaFault DnaDistances::distance(int i, int j, DnaPair& pair) {
     const SiteCounts counts = counter_.count(i, j);
     const std::array<std::int32_t, 4> key = {counts[0], counts[1], counts[2], counts[3]};
     Remembered& place = memory_[place_of(key)];
-    if (place.counts != key) {
+    if (!same_counts(place.counts, key)) {
         const DnaFault fault = from_counts(counts, pair);
         if (fault != DnaFault::kNone) return fault;
         place = {key, pair.distance, pair.distance_var};

@@ -116,9 +116,13 @@ char character_at(std::string_view text, int site, char missing) {
     return position < text.size() ? text[position] : missing;
 }
 
-// Adds 1.0 to x, `times` over, with the rounding of each single addition: within one binade
-// the sum is exact, and the step into the next one rounds as the jump to it does.
-double add_ones(double x, int times) {
+// Bits of a number without those of its significand: equal for numbers of one binade.
+std::uint64_t binade(double x) {
+    return std::bit_cast<std::uint64_t>(x) >> 52U;
+}
+
+// add_ones for the sums that leave their binade.
+double add_ones_in_steps(double x, int times) {
     while (times > 0 && x < 1.0) {
         x += 1.0;
         --times;
@@ -132,6 +136,13 @@ double add_ones(double x, int times) {
         times -= taken;
     }
     return x;
+}
+
+// Adds 1.0 to x, `times` over, with the rounding of each single addition: within one binade
+// the sum is exact, and the step into the next one rounds as the jump to it does.
+double add_ones(double x, int times) {
+    const double sum = x + times;
+    return x >= 1.0 && binade(sum) == binade(x) ? sum : add_ones_in_steps(x, times);
 }
 
 struct MethodText {
@@ -264,27 +275,28 @@ WeightedSums ordered_weighted_sums(const ClassWeights& weights, const SitePairCo
     WeightedSums sums;
     int plain = 0;  // sites of weight 1 since the last addition
     for (int w = 0; w < counter.num_words(); ++w) {
-        std::array<std::uint64_t, 4> members{};
-        std::uint64_t classed = 0;
-        for (int c = 0; c < 4; ++c) {
-            members[static_cast<std::size_t>(c)] = counter.site_mask(i, j, c, w);
-            classed |= members[static_cast<std::size_t>(c)];
-        }
+        const std::uint64_t transitions = counter.site_mask(i, j, kWeightedTransitions, w);
+        const std::uint64_t transversions = counter.site_mask(i, j, kWeightedTransversions, w);
+        const std::uint64_t deletions = counter.site_mask(i, j, kWeightedDeletions, w);
+        const std::uint64_t undetermined = counter.site_mask(i, j, kWeightedUndetermined, w);
+        std::uint64_t classed = transitions | transversions | deletions | undetermined;
         const int left = counter.num_sites() - 64 * w;
         const std::uint64_t all = left >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << left) - 1;
-        std::uint64_t ones = all & ~classed & ~counter.site_mask(i, j, kWeightedBothMissing, w);
-        while (classed != 0) {
-            const std::uint64_t site = classed & (~classed + 1);
-            plain += std::popcount(ones & (site - 1));
-            ones &= ~(site - 1);
-            classed ^= site;
+        const std::uint64_t ones = all & ~classed & ~counter.site_mask(i, j, kWeightedBothMissing, w);
+        // The number of the class of a site, in two bits.
+        const std::uint64_t low = transversions | undetermined;
+        const std::uint64_t high = deletions | undetermined;
+        std::uint64_t done = 0;  // sites before the last one of a class
+        for (; classed != 0; classed &= classed - 1) {
+            const int site = std::countr_zero(classed);
+            const std::uint64_t before = (std::uint64_t{1} << site) - 1;
+            plain += std::popcount(ones & before & ~done);
+            done = before;
             sums.compared = add_ones(sums.compared, plain);
             plain = 0;
-            for (std::size_t c = 0; c < 4; ++c) {
-                if ((members[c] & site) != 0) weights[c].add_to(sums);
-            }
+            weights[((low >> site) & 1U) | (((high >> site) & 1U) << 1U)].add_to(sums);
         }
-        plain += std::popcount(ones);
+        plain += std::popcount(ones & ~done);
     }
     sums.compared = add_ones(sums.compared, plain);
     return sums;

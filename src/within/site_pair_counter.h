@@ -31,19 +31,23 @@ public:
     // kKept: planes hold all sites in their order; needed by site_masks.
     enum class Order { kAny, kKept };
 
+    // The code for this processor, or the one for any; they count the same.
+    enum class Code { kBest, kPortable };
+
     // Encodes the sequences; they need not outlive the call.
     //   sites         indices of the sites compared, ascending
     //   missing       character taken for sites beyond the end of a sequence
     //   num_counters  counters that the rule uses, at most kMaxCounters
     // Cost:  O(sequences * (sites + planes * sites / 64))
     SitePairCounter(const std::vector<std::string_view>& sequences, const std::vector<int>& sites,
-                    char missing, int num_counters, const Rule& rule, Order order = Order::kAny);
+                    char missing, int num_counters, const Rule& rule, Order order = Order::kAny,
+                    Code code = Code::kBest);
 
     // Counters of sequence i, the first of the pair, against sequence j, the second one.
     // Cost: O(planes * varying sites / 64); allocates nothing
     Counts count(int i, int j) const;
 
-    int num_words() const;  // words of a mask; Order::kKept only
+    int num_words() const;  // words of a mask of all sites
     int num_sites() const { return num_sites_; }
     // Word w of the mask of sites that add to a counter; bit b is site 64 w + b of the list.
     // Order::kKept only.
