@@ -39,12 +39,6 @@ void delete_copy(const my_string& path) {
     if (file_opens(path.c_str())) MY_DeleteFile(path.c_str());
 }
 
-// True when all that was written has reached the file.
-bool closed_in_full(std::ofstream& copy) {
-    copy.close();
-    return !copy.fail();
-}
-
 }  // namespace
 
 bool cleaner::execute(char separator, const char* project) {
@@ -72,16 +66,15 @@ bool cleaner::clean_proj_file(const int& i) {
     my_string name = source_name;
     name.rm_path();
     const my_string copy_name = proj_dir + name;
+    if (would_overwrite_source(source_name, copy_name)) return false;
     clean_files.Add(copy_name);
-    listed_.insert(copy_name.c_str());
+    plan_copy(copy_name);
     std::ofstream copy(copy_name.c_str(), std::ios::trunc);
     std::string line;
     while (std::getline(source, line))
         write_project_line(copy, line);
     copy << '\n';
-    if (closed_in_full(copy)) return true;
-    // A copy that lacks lines would be read as a project that lacks samples.
-    delete_copy(copy_name);
+    if (finish_copy(copy, copy_name)) return true;
     clean_files.Flush();
     return false;
 }
@@ -117,9 +110,11 @@ void cleaner::write_project_line(std::ostream& copy, const std::string& line) {
 bool cleaner::clean_haplo_file(const int& i) {
     if (i < 0 || i >= orig_files.count || i >= clean_files.count) return false;
     const my_string copy_name = clean_files[i];
+    const my_string source_name = my_string(proj_base) + orig_files[i];
+    if (would_overwrite_source(source_name, copy_name)) return false;
     // What a broken run left behind must not be taken for the file of this run.
     delete_copy(copy_name);
-    std::ifstream source((my_string(proj_base) + orig_files[i]).c_str());
+    std::ifstream source(source_name.c_str());
     if (!source) return false;
     std::ofstream copy(copy_name.c_str(), std::ios::trunc);
     if (!copy) return false;
@@ -133,9 +128,46 @@ bool cleaner::clean_haplo_file(const int& i) {
         clean_curr_line();
         copy << curr_line << '\n';
     }
-    if (closed_in_full(copy)) return true;
-    delete_copy(copy_name);
-    return false;
+    return finish_copy(copy, copy_name);
+}
+
+// Notes the path of a copy. False when another name for it was noted before: "./a" is "a".
+bool cleaner::plan_copy(const my_string& copy_name) {
+    return listed_.insert(std::filesystem::path(copy_name.c_str()).lexically_normal().string()).second;
+}
+
+// A link in the result folder may lead back to the source, which must be neither emptied now
+// nor deleted at the end.
+bool cleaner::would_overwrite_source(const my_string& source_name, const my_string& copy_name) {
+    std::error_code missing;
+    if (!std::filesystem::equivalent(source_name.c_str(), copy_name.c_str(), missing)) return false;
+    foreign_.insert(copy_name.c_str());
+    return true;
+}
+
+// Closes the copy. One that could not be written in full is deleted: a copy that lacks lines
+// would be read as a project that lacks samples.
+bool cleaner::finish_copy(std::ofstream& copy, const my_string& copy_name) {
+    copy.close();
+    if (copy.fail()) {
+        delete_copy(copy_name);
+        return false;
+    }
+    written_[copy_name.c_str()] = state_of(copy_name);
+    return true;
+}
+
+cleaner::WrittenCopy cleaner::state_of(const my_string& copy_name) {
+    std::error_code missing;
+    return {std::filesystem::file_size(copy_name.c_str(), missing),
+            std::filesystem::last_write_time(copy_name.c_str(), missing)};
+}
+
+// False for a file of the user, and for a file that took the name of a copy since.
+bool cleaner::is_own_copy(const my_string& copy_name) const {
+    if (foreign_.contains(copy_name.c_str())) return false;
+    const auto written = written_.find(copy_name.c_str());
+    return written == written_.end() || written->second == state_of(copy_name);
 }
 
 const my_string* cleaner::first_of(const MY_TArrayAsVector<my_string>& files) {
@@ -143,8 +175,9 @@ const my_string* cleaner::first_of(const MY_TArrayAsVector<my_string>& files) {
 }
 
 void cleaner::rm_clean_files() const {
-    for (const my_string& copy : clean_files)
-        delete_copy(copy);
+    for (const my_string& copy : clean_files) {
+        if (is_own_copy(copy)) delete_copy(copy);
+    }
 }
 
 bool cleaner::clean_curr_line() {
@@ -172,7 +205,7 @@ bool cleaner::line_has_external() {
     const std::string name(line.substr(open + 1, close - open - 1));
     if (name.empty() || leaves_folder(name)) return false;
     const my_string copy_name = proj_dir + name.c_str();
-    if (!listed_.insert(copy_name.c_str()).second) return false;  // named before
+    if (!plan_copy(copy_name)) return false;  // named before
     orig_files.Add(name.c_str());
     clean_files.Add(copy_name);
     file_kinds.Add(kExternal);

@@ -5,8 +5,11 @@
 // numbers, so that messages speak of the lines of the source file.
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
 #include <iosfwd>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "foundation/arrays.h"
@@ -38,10 +41,12 @@ public:
     bool execute(char separator, const char* project);
 
     // Cleans file i as a project. False when it or its copy can't be opened or written; no
-    // copy is left then, and `clean_files` is empty.
+    // copy is left then, and `clean_files` is empty. False, too, when its copy would be the
+    // file itself, by way of a link: the file stays as it is.
     bool clean_proj_file(const int& i);
     // Cleans file i as an external file, found beside the project. False when it has no
-    // entry in `clean_files`, or can't be opened or written; no copy is left then.
+    // entry in `clean_files`, or can't be opened or written, or would be its own copy; no
+    // copy is left then.
     bool clean_haplo_file(const int& i);
     // Further names of the same operation.
     bool clean_matrix_file(const int& i) { return clean_haplo_file(i); }
@@ -52,7 +57,9 @@ public:
     const my_string* get_orig_proj() const { return first_of(orig_files); }
     const my_string* get_clean_proj() const { return first_of(clean_files); }
 
-    // Deletes each copy that can be opened.
+    // Deletes each copy that can be opened. A file of that name which was written after the
+    // copy was made is a result of the run, not a copy, and stays; so does a file of the user
+    // that a link shows as its own copy.
     void rm_clean_files() const;
 
     // Steps of the cleaning, each on `curr_line`.
@@ -69,9 +76,23 @@ public:
     bool line_locus_sep();
 
 private:
-    void warn_of_other_separator(const my_string& upper_line) const;
-    std::unordered_set<std::string> listed_;  // paths of the copies already planned
+    // What a copy looked like when it had been written.
+    struct WrittenCopy {
+        std::uintmax_t size;
+        std::filesystem::file_time_type time;
+        bool operator==(const WrittenCopy&) const = default;
+    };
 
+    std::unordered_set<std::string> listed_;                // paths of the copies already planned
+    std::unordered_map<std::string, WrittenCopy> written_;  // by path, the copies that were made
+    std::unordered_set<std::string> foreign_;               // paths that show a file of the user
+
+    bool plan_copy(const my_string& copy_name);
+    bool would_overwrite_source(const my_string& source_name, const my_string& copy_name);
+    bool finish_copy(std::ofstream& copy, const my_string& copy_name);
+    bool is_own_copy(const my_string& copy_name) const;
+    static WrittenCopy state_of(const my_string& copy_name);
+    void warn_of_other_separator(const my_string& upper_line) const;
     static const my_string* first_of(const MY_TArrayAsVector<my_string>& files);
     void set_folders(const my_string& project);
     void write_project_line(std::ostream& copy, const std::string& line);

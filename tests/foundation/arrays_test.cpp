@@ -440,6 +440,19 @@ TEST(HeapSort, EqualKeysEndInTheOrderOfThisAlgorithm) {
     EXPECT_EQ(std::string({a[1].name, a[2].name, a[3].name}), "cba");
 }
 
+// {1a, 2b, 2c}: 1a sinks to the place of the first of its equal children: 2b, 1a, 2c. Then 2c
+// is taken, 2b goes to the end and 2c stays in front; then 1a is taken, 2c goes to the second
+// place, and 1a ends in front: 1a, 2c, 2b.
+TEST(HeapSort, FirstOfEqualChildrenRises) {
+    struct Keyed {
+        int key;
+        char name;
+    };
+    Keyed a[] = {{0, '-'}, {1, 'a'}, {2, 'b'}, {2, 'c'}};
+    mnd::heapsort_by(3, a, [](const Keyed& x, const Keyed& y) { return x.key < y.key; });
+    EXPECT_EQ(std::string({a[1].name, a[2].name, a[3].name}), "acb");
+}
+
 TEST(HeapSort, AgreesWithStableOrderOnDistinctKeys) {
     std::mt19937 random(7);
     for (int n = 0; n <= 40; ++n) {
@@ -475,6 +488,11 @@ TEST(HeapSort, FirstOfTheExtremeElementsGoesToTheFront) {
     mnd::extreme_to_front(3, elements);
     EXPECT_EQ(elements[0].mark, 1);
     EXPECT_EQ(elements[1].mark, 0);
+    Element* pointers[] = {&elements[1], &elements[2], &elements[0]};  // keys 1, 7, 7
+    Element* const first = pointers[2];
+    mnd::extreme_to_front(3, pointers);
+    EXPECT_EQ(pointers[0], &elements[2]);
+    EXPECT_EQ(pointers[2], first);
 }
 
 TEST(HeapSort, QuickSortArrayOfSmallArrays) {

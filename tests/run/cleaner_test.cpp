@@ -387,4 +387,53 @@ TEST_F(Cleaner, CopiesAreDeletedAtTheEnd) {
     pass.rm_clean_files();
 }
 
+// A result may take the name of an external file, such as a distance file of a sample.
+TEST_F(Cleaner, ResultThatTookTheNameOfACopyIsNotDeleted) {
+    put("pop1.dis", "1 2\n");
+    put("p.mnp", "EXTERN \"pop1.dis\"\n");
+    cleaner pass;
+    pass.execute(' ', path("p.mnp").c_str());
+    put("p.res/pop1.dis", "distances of this run\n");
+    pass.rm_clean_files();
+    EXPECT_EQ(get("p.res/pop1.dis"), "distances of this run\n");
+    EXPECT_FALSE(exists("p.res/p.mnp"));
+}
+
+TEST_F(Cleaner, ProjectThatALinkShowsAsItsOwnCopyIsLeftAlone) {
+    put("p.mnp", "a # b\n");
+    fs::create_directory_symlink(".", path("p.res"));
+    cleaner pass;
+    EXPECT_TRUE(pass.execute(' ', path("p.mnp").c_str()));
+    EXPECT_EQ(pass.get_clean_proj(), nullptr);
+    pass.rm_clean_files();
+    EXPECT_EQ(get("p.mnp"), "a # b\n");
+}
+
+TEST_F(Cleaner, ExternalFileThatALinkShowsAsItsOwnCopyIsLeftAlone) {
+    fs::create_directories(path("sub"));
+    fs::create_directories(path("p.res"));
+    fs::create_directory_symlink("../sub", path("p.res/sub"));
+    put("sub/one.dat", "a\tb\n");
+    put("p.mnp", "EXTERN \"sub/one.dat\"\n");
+    cleaner pass;
+    pass.execute(' ', path("p.mnp").c_str());
+    EXPECT_EQ(get("sub/one.dat"), "a\tb\n");
+    pass.rm_clean_files();
+    EXPECT_EQ(get("sub/one.dat"), "a\tb\n");
+    EXPECT_FALSE(exists("p.res/p.mnp"));
+}
+
+TEST_F(Cleaner, CopyOfTheProjectIsNotMadeAnewUnderASecondSpelling) {
+    EXPECT_EQ(cleaned("EXTERN \"./p.mnp\"\nLocusSeparator=TAB\n"),
+              "EXTERN \"./p.mnp\"\nLocusSeparator=WHITESPACE\n\n");
+}
+
+TEST_F(Cleaner, CopiesNamedByOthersAreDeletedToo) {
+    put("extra.dat", "a\n");
+    cleaner pass;
+    pass.clean_files.Add(path("extra.dat").c_str());
+    pass.rm_clean_files();
+    EXPECT_FALSE(exists("extra.dat"));
+}
+
 }  // namespace
