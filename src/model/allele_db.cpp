@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <iomanip>
+#include <memory>
 #include <ostream>
 #include <string>
 
@@ -46,6 +47,7 @@ TAllele& TAllele::operator=(TAllele const& other) {
     exp_freq = other.exp_freq;
     pop_freqs = other.pop_freqs;
     group_freqs = other.group_freqs;
+    inbreeding_freqs = other.inbreeding_freqs;
     return *this;
 }
 

@@ -40,8 +40,8 @@ public:
     TAllele();
     explicit TAllele(my_string const& name);
     TAllele(TAllele const& other);
-    // Copies name, freq, selected, locus, exp_freq and both frequency vectors.
-    // Kept on purpose: not hapl_pos, exp_freq_acc, inbreeding_freqs.
+    // Copies name, freq, selected, locus, exp_freq, both frequency vectors and inbreeding_freqs.
+    // Kept on purpose: not hapl_pos, exp_freq_acc.
     // Test: TAllele.AssignmentLeavesHaplotypePositionAndAccumulator
     TAllele& operator=(TAllele const& other);
 
@@ -86,8 +86,10 @@ public:
     // Index of the allele of this name after adding weight to its freq; a new one is appended
     // with freq = weight and locus = locus_index.
     int insert(std::string_view allele_name, double weight, int locus_index);
-    // Deletes all alleles.
+    // Deletes all alleles. Single ones are never taken out: their indices would change.
     void Flush();
+    bool Destroy(int const& i) = delete;
+    bool Detach(int const& i) = delete;
 
 private:
     mutable FirstMatchIndex index_;  // by name; used above 16 alleles

@@ -6,6 +6,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -72,6 +74,14 @@ private:
 // Hash of a text, for an index of texts.
 inline std::size_t hash_text(std::string_view text) {
     return std::hash<std::string_view>{}(text);
+}
+
+// Folds an address into a hash, for an index of lists of pointers.
+inline std::size_t hash_address(std::size_t hash, const void* address) {
+    // Multiply and fold of 64 bits; the addresses themselves differ in few bits only.
+    constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15ULL;
+    const std::uint64_t mixed = (hash ^ (reinterpret_cast<std::uintptr_t>(address) >> 4)) * kGolden;
+    return static_cast<std::size_t>(mixed ^ (mixed >> 29));
 }
 
 }  // namespace mnd

@@ -13,4 +13,9 @@ constexpr int integer_part(double x) {
     return x == x ? static_cast<int>(x) : 0;
 }
 
+// Sum of two counts; the nearest int when it is out of range.
+constexpr int sum_of_counts(int a, int b) {
+    return integer_part(static_cast<double>(a) + static_cast<double>(b));
+}
+
 }  // namespace mnd

@@ -2,18 +2,23 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <iomanip>
-#include <limits>
 #include <new>
 #include <ostream>
+#include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "foundation/format_guard.h"
 #include "foundation/message_codes.h"
 #include "foundation/random.h"
 #include "foundation/report.h"
 #include "foundation/special_functions.h"
+#include "model/compact_list.h"
+#include "model/first_match_index.h"
 #include "model/integer_part.h"
 #include "model/text_tokens.h"
 
@@ -44,17 +49,19 @@ long shared_loci(TPhenotype const& phenotype) {
     return std::min(phenotype.pseudo_hapl[0]->alleles.count, phenotype.pseudo_hapl[1]->alleles.count);
 }
 
-std::size_t mix(std::size_t hash, void const* address) {
-    constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15ULL;
-    std::uint64_t mixed = (hash ^ (reinterpret_cast<std::uintptr_t>(address) >> 4)) * kGolden;
-    return static_cast<std::size_t>(mixed ^ (mixed >> 29));
-}
+// Hash of a pair of pointers.
+struct PairHash {
+    template <class T>
+    std::size_t operator()(std::pair<T*, T*> const& pair) const {
+        return hash_address(hash_address(0, pair.first), pair.second);
+    }
+};
 
 std::size_t hash_pairs(TPhenotype const& phenotype) {
     std::size_t hash = 0;
     for (long l = 0; l < shared_loci(phenotype); ++l) {
         const auto [a, b] = unordered_pair(phenotype, l);
-        hash = mix(mix(hash, a), b);
+        hash = hash_address(hash_address(hash, a), b);
     }
     return hash;
 }
@@ -134,26 +141,30 @@ void TPhenotype::read_pseudo_hapl(int k, TAlleleDB& db, char sep) {
     pseudo_hapl[static_cast<std::size_t>(k)] = std::move(haplotype);
 }
 
-void TPhenotype::build_sub_phenotype(int const* mask, TPhenotype const& src) {
+template <class Build>
+void TPhenotype::take_part(TPhenotype const& src, Build build) {
     kill_gen_list();
     copy_scalars(src);
     for (std::size_t k = 0; k < pseudo_hapl.size(); ++k) {
-        if (!src.pseudo_hapl[k]) continue;
-        auto part = std::make_unique<TPopHaplotype>();
-        part->build_sub_haplotype(mask, *src.pseudo_hapl[k]);
+        std::unique_ptr<TPopHaplotype> part;
+        if (src.pseudo_hapl[k]) {
+            part = std::make_unique<TPopHaplotype>();
+            build(*part, *src.pseudo_hapl[k]);
+        }
         pseudo_hapl[k] = std::move(part);
     }
 }
 
+void TPhenotype::build_sub_phenotype(int const* mask, TPhenotype const& src) {
+    take_part(src, [mask](TPopHaplotype& part, TPopHaplotype const& whole) {
+        part.build_sub_haplotype(mask, whole);
+    });
+}
+
 void TPhenotype::copy_restricted_pheno(int const* list, TPhenotype const& src) {
-    kill_gen_list();
-    copy_scalars(src);
-    for (std::size_t k = 0; k < pseudo_hapl.size(); ++k) {
-        if (!src.pseudo_hapl[k]) continue;
-        auto part = std::make_unique<TPopHaplotype>();
-        part->copy_restricted_hapl(list, *src.pseudo_hapl[k]);
-        pseudo_hapl[k] = std::move(part);
-    }
+    take_part(src, [list](TPopHaplotype& part, TPopHaplotype const& whole) {
+        part.copy_restricted_hapl(list, whole);
+    });
 }
 
 void TPhenotype::kill_gen_list() {
@@ -210,12 +221,6 @@ void TPhenotype::binary_inc(int* bits, int const& n) {
 // ---- TPhenotype: genotypes
 
 namespace {
-
-struct PairHash {
-    std::size_t operator()(std::pair<TPopHaplotype*, TPopHaplotype*> const& pair) const {
-        return mix(mix(0, pair.first), pair.second);
-    }
-};
 
 // Lists the genotypes of one phenotype; a and b go from the strings as read to each
 // resolution in turn.
@@ -436,7 +441,7 @@ int TPhenDB::num_loci() const {
 int TPhenDB::nb_individuals() const {
     int n = 0;
     for (TPhenotype const* phenotype : *this)
-        n += integer_part(phenotype->freq);
+        n = sum_of_counts(n, integer_part(phenotype->freq));
     return n;
 }
 
@@ -514,7 +519,7 @@ double TPhenDB::calc_ln_multinom() const {
     for (TPhenotype const* phenotype : *this) {
         const int k = integer_part(phenotype->freq);
         sum += factln(k);
-        total += k;
+        total = sum_of_counts(total, k);
     }
     return factln(total) - sum;
 }
@@ -623,17 +628,7 @@ void TPhenDB::check_pheno_redundancy() {
     } else {
         mark_by_comparing_all(*this);
     }
-    long kept = 0;
-    for (long i = 0; i < count; ++i) {
-        TPhenotype* phenotype = data[i];
-        if (phenotype->redundant != 0) {
-            delete phenotype;
-        } else {
-            data[kept++] = phenotype;
-        }
-    }
-    std::fill(data.get() + kept, data.get() + count, nullptr);
-    count = kept;
+    drop_elements(*this, [](TPhenotype const& phenotype) { return phenotype.redundant != 0; });
 }
 
 namespace {
@@ -717,19 +712,34 @@ double n_ln_n(double n) {
     return n > 0.0 ? n * std::log(n) : 0.0;
 }
 
-double& count_of(std::vector<std::pair<AllelePair, double>>& counts, AllelePair const& key) {
-    for (auto& [pair, n] : counts) {
-        if (pair == key) return n;
+// Counts of pairs of alleles, kept in order of first appearance: a sum over them is the same in
+// every run.
+class PairCounts {
+public:
+    void add(AllelePair const& pair, double n) {
+        const auto [place, is_new] = place_.try_emplace(pair, counts_.size());
+        if (is_new) counts_.push_back(0.0);
+        counts_[place->second] += n;
     }
-    return counts.emplace_back(key, 0.0).second;
-}
+    std::size_t kinds() const { return counts_.size(); }
+    // start + sum of n ln n, added in order.
+    double add_n_ln_n(double start) const {
+        for (const double n : counts_)
+            start += n_ln_n(n);
+        return start;
+    }
+
+private:
+    std::unordered_map<AllelePair, std::size_t, PairHash> place_;
+    std::vector<double> counts_;
+};
 
 }  // namespace
 
 double TPhenDB::hw_chi_stat(TAlleleDB*, int, char c, int& df) const {
     constexpr double kFailed = -1000.0;
-    std::vector<std::pair<AllelePair, double>> genotypes;
-    std::vector<std::pair<AllelePair, double>> alleles;
+    PairCounts genotypes;
+    PairCounts alleles;
     double n = 0.0;
     double heterozygotes = 0.0;
     for (TPhenotype const* phenotype : *this) {
@@ -740,21 +750,17 @@ double TPhenDB::hw_chi_stat(TAlleleDB*, int, char c, int& df) const {
         }
         const AllelePair pair = unordered_pair(*phenotype, 0);
         if (pair.first->is_char(c) || pair.second->is_char(c)) continue;
-        count_of(genotypes, pair) += phenotype->freq;
-        count_of(alleles, {pair.first, nullptr}) += phenotype->freq;
-        count_of(alleles, {pair.second, nullptr}) += phenotype->freq;
+        genotypes.add(pair, phenotype->freq);
+        alleles.add({pair.first, nullptr}, phenotype->freq);
+        alleles.add({pair.second, nullptr}, phenotype->freq);
         if (pair.first != pair.second) heterozygotes += phenotype->freq;
         n += phenotype->freq;
     }
-    const int k = static_cast<int>(alleles.size());
-    df = k < 2 ? 0 : k * (k - 1) / 2;
-    if (k < 2) return 0.0;
-    double observed = -n_ln_n(n);
-    for (auto const& entry : genotypes)
-        observed += n_ln_n(entry.second);
-    double expected = heterozygotes * std::log(2.0) - n_ln_n(2.0 * n);
-    for (auto const& entry : alleles)
-        expected += n_ln_n(entry.second);
+    const auto k = static_cast<double>(alleles.kinds());
+    df = k < 2.0 ? 0 : integer_part(k * (k - 1.0) / 2.0);
+    if (k < 2.0) return 0.0;
+    const double observed = genotypes.add_n_ln_n(-n_ln_n(n));
+    const double expected = alleles.add_n_ln_n(heterozygotes * std::log(2.0) - n_ln_n(2.0 * n));
     return 2.0 * (observed - expected);
 }
 
@@ -767,9 +773,8 @@ int TPhenDB::get_num_of_deg_freed() const {
             }
         }
     }
-    const int k_1 = static_cast<int>(seen[0].size());
-    const int k_2 = static_cast<int>(seen[1].size());
-    return std::max(k_1 - 1, 0) * std::max(k_2 - 1, 0);
+    if (seen[0].empty() || seen[1].empty()) return 0;
+    return integer_part(static_cast<double>(seen[0].size() - 1) * static_cast<double>(seen[1].size() - 1));
 }
 
 }  // namespace mnd

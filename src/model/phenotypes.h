@@ -118,6 +118,8 @@ public:
 
 private:
     void copy_scalars(TPhenotype const& src);
+    template <class Build>
+    void take_part(TPhenotype const& src, Build build);
 };
 
 // The phenotypes of one sample. Owns them.
@@ -137,7 +139,7 @@ public:
 
     // Alleles in the first pseudo-haplotype of the first phenotype, or 0.
     int num_loci() const;
-    // Sum of the integer parts of freq.
+    // Sum of the integer parts of freq, at most the largest int.
     int nb_individuals() const;
     // real_freq = freq / sum of freq; 0 when the sum is not above 0.
     void convert_freq_to_real();

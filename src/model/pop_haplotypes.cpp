@@ -5,15 +5,17 @@
 #include <cstring>
 #include <iomanip>
 #include <new>
-#include <numeric>
 #include <ostream>
+#include <string>
 #include <unordered_map>
 
+#include "foundation/escape.h"
 #include "foundation/format_guard.h"
 #include "foundation/message_codes.h"
 #include "foundation/random.h"
 #include "foundation/report.h"
 #include "foundation/special_functions.h"
+#include "model/compact_list.h"
 #include "model/integer_part.h"
 
 namespace mnd {
@@ -100,13 +102,9 @@ bool TPopHaplotype::operator<(TPopHaplotype const& other) const {
     return false;
 }
 
-bool sorts_before(TPopHaplotype const& a, TPopHaplotype const& b) {
-    return b.alleles.count > 0 && a < b;
-}
-
 void TPopHaplotype::build_sampled_haplo(int id, TAllele* a, TAllele* b) {
     my_string::operator=(id);
-    freq = prev_freq = sum_sq_freq = sum_freq = 0.0;
+    freq = prev_freq = sum_sq_freq = sum_freq = homo_freq = 0.0;
     ld_d = ld_d_prime = 0.0;
     separator = ' ';
     alleles.Flush();
@@ -155,14 +153,10 @@ void shrink(TPopHaplotype& haplotype, void* arg) {
 }
 
 std::size_t hash_alleles(TPopHaplotype const& haplotype) {
-    // Multiply and fold of 64 bits; the addresses themselves differ in few bits only.
-    constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15ULL;
-    std::uint64_t hash = static_cast<std::uint64_t>(haplotype.alleles.count);
-    for (TAllele const* allele : haplotype.alleles) {
-        hash = (hash ^ (reinterpret_cast<std::uintptr_t>(allele) >> 4)) * kGolden;
-        hash ^= hash >> 29;
-    }
-    return static_cast<std::size_t>(hash);
+    auto hash = static_cast<std::size_t>(haplotype.alleles.count);
+    for (TAllele const* allele : haplotype.alleles)
+        hash = hash_address(hash, allele);
+    return hash;
 }
 
 // ---- TPopHaploDB: the list
@@ -249,6 +243,8 @@ void TPopHaploDB::empty() {
 }
 
 std::ostream& operator<<(std::ostream& out, TPopHaploDB const& db) {
+    const FormatGuard guard(out);
+    out << std::fixed << std::setprecision(5);
     for (TPopHaplotype const* haplotype : db)
         out << *haplotype << "  " << haplotype->freq << '\n';
     return out << '\n';
@@ -430,17 +426,7 @@ void TPopHaploDB::check_redundancy() {
 
 void TPopHaploDB::cleanDB(double& thr) {
     content_changed();
-    long kept = 0;
-    for (long i = 0; i < count; ++i) {
-        TPopHaplotype* haplotype = data[i];
-        if (haplotype->freq < thr) {
-            delete haplotype;
-        } else {
-            data[kept++] = haplotype;
-        }
-    }
-    std::fill(data.get() + kept, data.get() + count, nullptr);
-    count = kept;
+    drop_elements(*this, [thr](TPopHaplotype const& haplotype) { return haplotype.freq < thr; });
 }
 
 void TPopHaploDB::explode_base() {
@@ -510,27 +496,31 @@ void print_table_head(std::ostream& out, long entries, double thr) {
         << kTableRule;
 }
 
-// The alleles of a compacted haplotype, with those of the reference at the loci taken out.
-void print_full_haplotype(std::ostream& out, TPopHaplotype const& haplotype, TPopHaploDB const& db) {
-    long own = 0;
-    for (long l = 0; l < db.reference->alleles.count; ++l) {
-        const bool is_kept = l < db.poly_mask_size && db.poly_mask[l] != 0;
-        const TAllele* allele = is_kept ? haplotype.alleles.at_const(own++) : db.reference->allele(l);
-        if (allele != nullptr) out << *allele;
-        if (haplotype.separator != 0) out << haplotype.separator;
+// The alleles of a haplotype, each followed by the separator. With a compacted database, those of
+// its reference stand at the loci taken out.
+std::string allele_text(TPopHaplotype const& haplotype, TPopHaploDB const* compacted) {
+    std::string text;
+    const auto append = [&](TAllele const* allele) {
+        if (allele != nullptr) text += allele->view();
+        if (haplotype.separator != 0) text += haplotype.separator;
+    };
+    if (compacted == nullptr) {
+        std::for_each(haplotype.alleles.begin(), haplotype.alleles.end(), append);
+        return text;
     }
+    long own = 0;
+    for (long l = 0; l < compacted->reference->alleles.count; ++l) {
+        const bool is_kept = l < compacted->poly_mask_size && compacted->poly_mask[l] != 0;
+        append(is_kept ? haplotype.alleles.at_const(own++) : compacted->reference->allele(l));
+    }
+    return text;
 }
 
 // One row; with a compacted database, over all loci of its reference.
 void print_row(std::ostream& out, TPopHaplotype const& haplotype, TPopHaploDB const* compacted) {
-    out << std::setw(5) << haplotype.rank << std::setw(12) << haplotype.view() << '\t' << std::setw(10)
-        << haplotype.freq << std::setw(10) << haplotype.sum_sq_freq << '\t';
-    if (compacted == nullptr) {
-        out << haplotype;
-    } else {
-        print_full_haplotype(out, haplotype, *compacted);
-    }
-    out << '\n';
+    out << std::setw(5) << haplotype.rank << escaped_right(haplotype.view(), 12) << '\t' << std::setw(10)
+        << haplotype.freq << std::setw(10) << haplotype.sum_sq_freq << '\t'
+        << escape_text(allele_text(haplotype, compacted)) << '\n';
 }
 
 }  // namespace

@@ -49,7 +49,8 @@ public:
     // A haplotype that is the beginning of the other is not smaller.
     bool operator<(TPopHaplotype const& other) const;
 
-    // Becomes the two-locus haplotype a, b: label the decimal id, separator blank, frequencies 0.
+    // Becomes the two-locus haplotype a, b: label the decimal id, separator blank, all frequencies
+    // and both ld_ fields 0.
     void build_sampled_haplo(int id, TAllele* a, TAllele* b);
     // Becomes the part of src on the loci whose entry in mask (indexed by locus) is not 0.
     // Writes: hapl_pos of each allele taken, its position in src (the shared allele changes)
@@ -62,8 +63,10 @@ private:
     void copy_frequency_fields(TPopHaplotype const& src);
 };
 
-// Order of the printed table: operator<, but nothing moves before a haplotype without loci.
-bool sorts_before(TPopHaplotype const& a, TPopHaplotype const& b);
+// Order of sorted arrays and of the printed table. Nothing sorts before a haplotype without loci.
+inline bool sorts_before(TPopHaplotype const& a, TPopHaplotype const& b) {
+    return a < b;
+}
 
 // Each allele, followed by the separator if it is not 0.
 std::ostream& operator<<(std::ostream& out, TPopHaplotype const& haplotype);
@@ -152,7 +155,7 @@ public:
     void compact(TAlleleDB* db, char const& c);
     // A reference of n[0] positions that all hold one default allele.
     void init_ref_hapl(int const* n);
-    // Table of the estimated frequencies.
+    // Table of the estimated frequencies for the result document; labels and alleles are escaped.
     //   use_compact   not 0: rows show all loci of the reference, when there is one
     //   thr           only entries with freq above it get a row
     // Writes: rank of each entry: 1, 2, ... for a row; -1, -2, ... without one
@@ -172,7 +175,7 @@ private:
     mutable FirstMatchIndex index_;  // by alleles
 };
 
-// Per entry: the alleles, two blanks, freq and a line end; then an empty line.
+// Per entry: the alleles, two blanks, freq with 5 decimals and a line end; then an empty line.
 std::ostream& operator<<(std::ostream& out, TPopHaploDB const& db);
 
 // Draws haplotypes in proportion to freq from a database that does not change meanwhile.

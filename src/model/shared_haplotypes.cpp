@@ -1,6 +1,5 @@
 // Haplotypes that samples share, by the classes of identical definitions.
 #include <iomanip>
-#include <limits>
 #include <unordered_map>
 #include <vector>
 
@@ -8,6 +7,7 @@
 #include "foundation/format_guard.h"
 #include "input/dist_mat.h"
 #include "model/compact_list.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 #include "model/samples.h"
 
@@ -21,17 +21,13 @@ int class_of_definition(const HaploDef& definition, const std::vector<int>& clas
     return has_row ? class_of[static_cast<std::size_t>(definition.id)] : -1;
 }
 
-int added(int a, int b) {
-    const long sum = static_cast<long>(a) + b;
-    return static_cast<int>(std::min<long>(sum, std::numeric_limits<int>::max()));
-}
-
 // Moves the counts of b, in the sample and in the project, to a.
 void merge_into(PHaploDef& a, PHaploDef& b) {
-    a.freq = added(a.freq, b.freq);
-    a.def->count = added(a.def->count, b.def->count);
-    b.def->count = 0;
+    a.freq = sum_of_counts(a.freq, b.freq);
     b.freq = 0;
+    if (a.def == b.def) return;
+    a.def->count = sum_of_counts(a.def->count, b.def->count);
+    b.def->count = 0;
 }
 
 // Entries of a list by class, in order. Definitions without a row are left out.
@@ -45,11 +41,12 @@ std::unordered_map<int, std::vector<PHaploDef*>> entries_by_class(const MY_TIArr
     return groups;
 }
 
-// Copies of the haplotypes of a class in a sample.
-int copies_in(const Population& sample, int wanted_class, const std::vector<int>& class_of) {
-    int copies = 0;
+// Copies of each class in a sample.
+std::unordered_map<int, int> copies_by_class(const Population& sample, const std::vector<int>& class_of) {
+    std::unordered_map<int, int> copies;
     for (const PHaploDef* entry : sample.hapl_list) {
-        if (class_of_definition(*entry->def, class_of) == wanted_class) copies = added(copies, entry->freq);
+        int& sum = copies[class_of_definition(*entry->def, class_of)];
+        sum = sum_of_counts(sum, entry->freq);
     }
     return copies;
 }
@@ -106,12 +103,15 @@ void Samples::print_out_haplo_cl(std::ostream& out, const Haplo_DB& db,
         if (group.empty()) order.push_back(its_class);
         group.push_back(definition);
     }
+    std::vector<std::unordered_map<int, int>> copies;
+    for (const Population* sample : populations)
+        copies.push_back(copies_by_class(*sample, class_of));
     out << "\nClasses of identical haplotypes, with their copies in each sample :\n\n";
     for (const int its_class : order) {
         const auto& group = members[its_class];
         out << escaped_left(group.front()->name.view(), 20);
-        for (const Population* sample : populations)
-            out << std::setw(8) << copies_in(*sample, its_class, class_of);
+        for (auto& of_sample : copies)
+            out << std::setw(8) << of_sample[its_class];
         for (std::size_t i = 1; i < group.size(); ++i)
             out << (i == 1 ? "    = " : ", ") << escape_text(group[i]->name.view());
         out << '\n';

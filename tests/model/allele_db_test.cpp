@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <iomanip>
 #include <random>
@@ -42,6 +43,7 @@ TEST(TAllele, AssignmentLeavesHaplotypePositionAndAccumulator) {
     from.hapl_pos = 8;
     from.exp_freq_acc = 9.0;
     from.pop_freqs = {1.0, 2.0};
+    from.inbreeding_freqs = {0.5, 0.75};
     TAllele to("y");
     to.hapl_pos = 1;
     to.exp_freq_acc = 2.0;
@@ -55,6 +57,7 @@ TEST(TAllele, AssignmentLeavesHaplotypePositionAndAccumulator) {
     EXPECT_EQ(to.hapl_pos, 1);
     EXPECT_EQ(to.exp_freq_acc, 2.0);
     EXPECT_EQ(to.pop_freqs, (std::vector<double>{1.0, 2.0}));
+    EXPECT_EQ(to.inbreeding_freqs, (std::array<double, 2>{0.5, 0.75}));
     EXPECT_TRUE(to.group_freqs.empty());
 }
 
@@ -188,6 +191,7 @@ TEST(TLocus, IsPolymorphCountsTheBlank) {
     locus.insert("null", 0.0, 0);
     locus.insert("a", 1.0, 0);
     EXPECT_FALSE(locus.is_polymorph('?'));  // two alleles: the blank and one
+    EXPECT_FALSE(locus.is_polymorph('a'));
     locus.insert("b", 1.0, 0);
     EXPECT_TRUE(locus.is_polymorph('?'));
     EXPECT_FALSE(locus.is_polymorph('b'));  // one of three is the missing mark

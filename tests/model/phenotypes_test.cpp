@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <map>
 #include <random>
 #include <set>
@@ -235,6 +236,19 @@ TEST(TPhenotype, PartsKeepIdentifierAndFrequencies) {
     const int list[] = {2, 3, 0};
     part.copy_restricted_pheno(list, src);
     EXPECT_EQ(letters_of(part), "TA/AT");
+}
+
+TEST(TPhenotype, PartsOfAPhenotypeWithoutStringsHaveNone) {
+    Letters letters;
+    const TPhenotype src("none", 2.0);
+    const int mask[] = {1};
+    const int list[] = {1, 0};
+    TPhenotype part = letters.individual("A", "C");
+    part.build_sub_phenotype(mask, src);
+    EXPECT_EQ(part.pseudo_hapl[0], nullptr);
+    TPhenotype other = letters.individual("A", "C");
+    other.copy_restricted_pheno(list, src);
+    EXPECT_EQ(other.pseudo_hapl[1], nullptr);
 }
 
 // ---- TPhenotype: genotypes
@@ -476,6 +490,14 @@ TEST(TPhenDB, CountsLociAndIndividuals) {
     EXPECT_EQ(db.nb_individuals(), 3);
     db.destroy();
     EXPECT_EQ(db.count, 0);
+}
+
+TEST(TPhenDB, TooManyIndividualsAreTheLargestInt) {
+    TPhenDB db;
+    for (int i = 0; i < 3; ++i)
+        db.Add(new TPhenotype("x", 2.0e9));
+    EXPECT_EQ(db.nb_individuals(), std::numeric_limits<int>::max());
+    EXPECT_TRUE(std::isfinite(db.calc_ln_multinom()));
 }
 
 TEST(TPhenDB, RelativeFrequenciesSumToOne) {
@@ -731,6 +753,25 @@ TEST(TPhenDB, HardyWeinbergOfOneAlleleIsZero) {
     int df = -1;
     EXPECT_EQ(db.hw_chi_stat(&letters.db, 0, '?', df), 0.0);
     EXPECT_EQ(df, 0);
+}
+
+TEST(TPhenDB, DegreesOfFreedomOfVeryManyAllelesAreTheLargestInt) {
+    // 66000 alleles at each of two loci, and at one: both products are beyond an int.
+    Letters letters;
+    TPhenDB two_loci, one_locus;
+    for (int i = 0; i < 66000; ++i) {
+        TPopHaplotype h;
+        h.alleles.Add(letters.db.insert_allele(0, std::to_string(i), 1.0));
+        one_locus.Add(new TPhenotype(&h, &h, i));
+        h.alleles.Add(letters.db.insert_allele(1, std::to_string(i), 1.0));
+        two_loci.Add(new TPhenotype(&h, &h, i));
+    }
+    int df = -1;
+    // All are homozygous: G = 2 (-n ln n - 2 n ln 2 + 2 n ln 2 n) = 2 n ln n
+    const double expected = 2.0 * 66000 * std::log(66000.0);
+    EXPECT_NEAR(one_locus.hw_chi_stat(&letters.db, 0, '?', df), expected, 1e-10 * expected);
+    EXPECT_EQ(df, std::numeric_limits<int>::max());
+    EXPECT_EQ(two_loci.get_num_of_deg_freed(), std::numeric_limits<int>::max());
 }
 
 TEST(TPhenDB, HardyWeinbergNeedsOneLocus) {

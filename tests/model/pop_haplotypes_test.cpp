@@ -141,13 +141,13 @@ TEST(TPopHaplotype, SampledHaplotypeHasTwoAlleles) {
     Letters letters;
     TPopHaplotype h = letters.haplotype("ACG");
     TAllele a("x"), b("y");
-    h.freq = h.prev_freq = h.sum_freq = h.sum_sq_freq = h.ld_d = h.ld_d_prime = 1.0;
+    h.freq = h.prev_freq = h.sum_freq = h.sum_sq_freq = h.homo_freq = h.ld_d = h.ld_d_prime = 1.0;
     h.separator = 0;
     h.build_sampled_haplo(12, &a, &b);
     EXPECT_STREQ(h.c_str(), "12");
     EXPECT_EQ(letters_of(h), "xy");
     EXPECT_EQ(h.separator, ' ');
-    EXPECT_EQ(h.freq + h.prev_freq + h.sum_freq + h.sum_sq_freq + h.ld_d + h.ld_d_prime, 0.0);
+    EXPECT_EQ(h.freq + h.prev_freq + h.sum_freq + h.sum_sq_freq + h.homo_freq + h.ld_d + h.ld_d_prime, 0.0);
 }
 
 TEST(TPopHaplotype, SubHaplotypeKeepsTheLociOfTheMask) {
@@ -311,7 +311,7 @@ TEST(TPopHaploDB, PrintsItsEntries) {
     db.insert(letters.haplotype("AC"), 1.5);
     std::ostringstream out;
     out << db;
-    EXPECT_EQ(out.str(), "A C   1.5\n\n");
+    EXPECT_EQ(out.str(), "A C   1.50000\n\n");
 }
 
 // ---- TPopHaploDB: frequencies
@@ -684,6 +684,34 @@ TEST(TPopHaploDB, TableListsWhatIsAboveTheThreshold) {
     EXPECT_EQ(db.at_const(3)->rank, 1);
     EXPECT_EQ(letters_of(db), (Words{"CA", "AG", "AC", "AA"}));  // the list keeps its order
     EXPECT_EQ(out.precision(), 2);
+}
+
+TEST(TPopHaploDB, TableEscapesLabelsAndAlleles) {
+    Letters letters;
+    TPopHaploDB db;
+    TPopHaplotype* h = letters.append(db, "<&", 0.5);
+    h->set_label("a<b");
+    h->separator = '>';
+    letters.append(db, ">&", 0.5);
+    for (int use_compact : {0, 1}) {
+        if (use_compact != 0) db.compact(&letters.db, '?');
+        std::ostringstream out;
+        db.print(out, use_compact, 0.0);
+        EXPECT_NE(out.str().find("    1         a&lt;b\t  0.500000  0.000000\t&lt;&gt;&amp;&gt;\n"),
+                  std::string::npos)
+            << out.str();
+    }
+}
+
+TEST(TPopHaploDB, TableDoesNotTakeTheFormatOfTheStream) {
+    Letters letters;
+    TPopHaploDB db;
+    letters.append(db, "AC", 0.5);
+    std::ostringstream plain, odd;
+    odd << std::left << std::showpos << std::scientific << std::setprecision(1) << std::setfill('*');
+    db.print(plain, 0, 0.0);
+    db.print(odd, 0, 0.0);
+    EXPECT_EQ(odd.str(), plain.str());
 }
 
 TEST(TPopHaploDB, TableOfACompactedListShowsAllLoci) {

@@ -69,6 +69,17 @@ TEST_F(SharedHaplotypes, DefinitionsWithoutARowStay) {
     EXPECT_EQ(sample(0).hapl_list.count, 3);
 }
 
+TEST_F(SharedHaplotypes, TwoEntriesOfOneDefinitionKeepItsCount) {
+    add("x", "h0 1 A\nh1 2 B\n");
+    mnd::HaploDef* h1 = db_.list.data[1];
+    samples_.populations.data[0]->hapl_list.Add(new mnd::PHaploDef(h1, 5));
+    h1->count = 7;
+    samples_.IdentifyIdenticalHaplotypes(class_of_, distances_);
+    ASSERT_EQ(sample(0).hapl_list.count, 2);
+    EXPECT_EQ(sample(0).hapl_list.data[1]->freq, 7);
+    EXPECT_EQ(h1->count, 7);
+}
+
 TEST_F(SharedHaplotypes, TheReportShowsWhatTwoSamplesShare) {
     add("x", "h0 1 A\nh1 2 B\nh2 3 C\n");
     add("y<", "h3 7 D\n");
