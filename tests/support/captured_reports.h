@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <iostream>
@@ -65,7 +66,7 @@ class ScratchDirectory {
 public:
     explicit ScratchDirectory(const std::string& name)
         : before_(std::filesystem::current_path()),
-          path_(std::filesystem::path(::testing::TempDir()) / name) {
+          path_(std::filesystem::path(::testing::TempDir()) / (name + '_' + std::to_string(::getpid()))) {
         std::filesystem::remove_all(path_);
         std::filesystem::create_directories(path_);
         std::filesystem::current_path(path_);
