@@ -166,6 +166,7 @@ void analyse_project(const Walk& walk) {
 // A project that an exception has ended outside of its document. Not the batch: the next one runs.
 void abandon_project(const Walk& walk, const char* reason) {
     E.result_stream = nullptr;
+    _AOS_->clear();  // the exception may have come through the log
     PPP->clean();
     PPP->print_error_message();
     *_AOS_ << (walk.mode == Mode::kExplore ? "Error during exploration of " : "Error during run of ")

@@ -474,6 +474,7 @@ bool Project::run() {
     }
     clean();
     print_error_message();
+    _AOS_->clear();  // the exception may have come through the log
     *_AOS_ << "\nThe run was abandoned: " << failure_reason << std::endl;
     close_broken_document(document, failure_reason.c_str());
     return false;
