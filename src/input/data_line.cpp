@@ -1,6 +1,7 @@
 #include "input/data_line.h"
 
 #include <algorithm>
+#include <istream>
 
 namespace mnd {
 
@@ -35,6 +36,20 @@ JoinedTokens join_tokens(DataLine& line, char separator, LeadingSeparator leadin
         ++joined.tokens;
     }
     return joined;
+}
+
+int peek_data(std::istream& in) {
+    std::string comment;
+    for (int c = in.peek(); c != kEndOfStream; c = in.peek()) {
+        if (c == '#') {
+            std::getline(in, comment);
+        } else if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
+            in.get();
+        } else {
+            return c;
+        }
+    }
+    return kEndOfStream;
 }
 
 bool holds_word(std::string_view text, std::string_view upper_word) {

@@ -1,6 +1,7 @@
 // A line of haplotype or genotype data: its tokens, and its data joined to one text.
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,12 @@ enum class LeadingSeparator { kNo, kYes };
 // Joins the remaining tokens of a line.
 //   separator  0: none
 JoinedTokens join_tokens(DataLine& line, char separator, LeadingSeparator leading);
+
+// What peek_data gives at the end of a stream.
+inline constexpr int kEndOfStream = std::char_traits<char>::eof();
+
+// Next character that is neither white space nor part of a comment; it stays in the stream.
+int peek_data(std::istream& in);
 
 // Whether the text holds the word, which is given in upper case, in any case of letters.
 bool holds_word(std::string_view text, std::string_view upper_word);

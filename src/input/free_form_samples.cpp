@@ -22,7 +22,6 @@ namespace mnd {
 namespace {
 
 constexpr const char* kSectionReader = "Samples::Read()";
-constexpr int kEnd = std::char_traits<char>::eof();
 
 // Keywords of the profile that a sample may set for itself.
 constexpr std::array<const char*, 12> kProfileKeywords = {
@@ -45,26 +44,11 @@ bool is_letter_or_digit(int c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-// Next character that is neither white space nor part of a comment; it stays in the stream.
-int peek_data(std::istream& in) {
-    std::string comment;
-    for (int c = in.peek(); c != kEnd; c = in.peek()) {
-        if (c == '#') {
-            std::getline(in, comment);
-        } else if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
-            in.get();
-        } else {
-            return c;
-        }
-    }
-    return kEnd;
-}
-
 // Begins an entry of a data block. False at the end of the block; `failed` after a report of a
 // character that can't begin one.
 bool begins_entry(std::istream& in, const char* console_text, const char* reporter, bool& failed) {
     const int c = peek_data(in);
-    if (c == kEnd || c == '}') return false;
+    if (c == kEndOfStream || c == '}') return false;
     if (is_letter_or_digit(c) || c == '"' || c == '\'') return true;
     *_AOS_ << console_text << static_cast<char>(c) << '\n';
     failed = true;

@@ -1,6 +1,8 @@
 // Reading and writing of the [[HaplotypeDefinition]] section.
+#include <algorithm>
 #include <fstream>
 #include <istream>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -18,7 +20,6 @@ namespace {
 
 constexpr const char* kReadData = "HaploDef::read_data()";
 constexpr const char* kListReader = "Haplo_DB::NewReadHaplotypeList()";
-constexpr int kEnd = std::char_traits<char>::eof();
 constexpr char kClosingBrace = '}';
 
 // Words that begin another section, and so end a list that lacks its brace.
@@ -166,21 +167,6 @@ int refuse_list() {
     return 0;
 }
 
-// Next character that is neither white space nor part of a comment; it stays in the stream.
-int peek_data(std::istream& in) {
-    std::string comment;
-    for (int c = in.peek(); c != kEnd; c = in.peek()) {
-        if (c == '#') {
-            std::getline(in, comment);
-        } else if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
-            in.get();
-        } else {
-            return c;
-        }
-    }
-    return kEnd;
-}
-
 // A report whose source names a haplotype.
 void report_haplotype(const my_string& name, int code) {
     const std::string source = "Haplo_DB::read_haplotype() (\"" + std::string(name.view()) + "\")";
@@ -281,7 +267,8 @@ bool Haplo_DB::read_id_content(std::ifstream& file, my_string id) {
     if (id == "hapllist") {
         const int c = peek_data(file);
         if (c == '{') return read_braced_list(file, *this);
-        const bool is_word = c != kEnd && (is_letter(static_cast<char>(c)) || is_digit(static_cast<char>(c)));
+        const bool is_word =
+            c != kEndOfStream && (is_letter(static_cast<char>(c)) || is_digit(static_cast<char>(c)));
         if (is_word || c == '"') return read_external_list(file, *this);
         return list_failure(kMissingBracesAfterHaplList);
     }
@@ -295,7 +282,7 @@ int Haplo_DB::read_haplotype(std::ifstream& file) {
     for (;;) {
         my_string haplotype_name;
         const int c = peek_data(file);
-        if (c == kEnd || c == kClosingBrace || !get_qstring(file, haplotype_name)) return 1;
+        if (c == kEndOfStream || c == kClosingBrace || !get_qstring(file, haplotype_name)) return 1;
         if (find_by_name(haplotype_name) != nullptr) {
             flush_list(*this);
             report_haplotype(haplotype_name, kHaplotypeAlreadyDefined);

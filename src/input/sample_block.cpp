@@ -1,5 +1,6 @@
 #include "input/sample_block.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -95,12 +96,11 @@ double take_frequency(double written, bool relative, double stated_size, BlockSu
 }
 
 void settle_block_size(Population& sample, const BlockSums& sums, double copies, int size_code,
-                       const char* relative_of) {
+                       const char* relative_source) {
     if (sample.profile.Frequency != 0) {
         if (std::fabs(1.0 - sums.relative) > kRelativeTolerance) {
             char source[120];
-            std::snprintf(source, sizeof source, "%s sum of Relative frequencies=%f", relative_of,
-                          sums.relative);
+            std::snprintf(source, sizeof source, relative_source, sums.relative);
             E.error(Warning, source, kSumOfElementsNotOne);
         }
     } else if (sums.frequencies != sample.sample_size) {

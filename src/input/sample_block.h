@@ -72,10 +72,10 @@ bool parse_frequency(std::string_view token, double& value);
 double take_frequency(double written, bool relative, double stated_size, BlockSums& sums);
 
 // Compares the sums with what was stated, warns, and sets size and inverse size of the sample.
-//   copies        gene copies per unit of frequency
-//   size_code     report of a different size
-//   relative_of   beginning of the source of the warning about proportions
+//   copies           gene copies per unit of frequency
+//   size_code        report of a different size
+//   relative_source  source of the warning about proportions, with the place of their sum (%f)
 void settle_block_size(Population& sample, const BlockSums& sums, double copies, int size_code,
-                       const char* relative_of);
+                       const char* relative_source);
 
 }  // namespace mnd

@@ -1,6 +1,5 @@
 // Reading of the data of one sample, line by line.
 #include <istream>
-#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -8,6 +7,7 @@
 #include "foundation/message_codes.h"
 #include "input/data_line.h"
 #include "input/sample_block.h"
+#include "model/counts.h"
 #include "model/integer_part.h"
 #include "model/population.h"
 #include "run/errors.h"
@@ -23,11 +23,6 @@ my_string text_of(std::string_view view) {
     return my_string(std::string(view).c_str());
 }
 
-int added(int a, int b) {
-    const long sum = static_cast<long>(a) + b;
-    return static_cast<int>(std::min<long>(sum, std::numeric_limits<int>::max()));
-}
-
 // Reads the lines of haplotypic data into one sample.
 class GameticReader {
 public:
@@ -41,7 +36,8 @@ public:
             if (!take_line(data)) return false;
         }
         if (state == SampleBlock::kFailed) return false;
-        settle_block_size(sample_, sums_, 1.0, kAdjustingHaplotypicSampleSize, kGametic);
+        settle_block_size(sample_, sums_, 1.0, kAdjustingHaplotypicSampleSize,
+                          "Population::New_read_gametic_data() sum of Relative frequencies=%f");
         return true;
     }
 
@@ -148,7 +144,7 @@ private:
 
     void add_entry(HaploDef& definition, int count) {
         sample_.hapl_list.Add(new PHaploDef(&definition, count));
-        definition.count = added(definition.count, count);
+        definition.count = added_counts(definition.count, count);
         ++sample_.nb_hapl;
     }
 
@@ -172,7 +168,8 @@ public:
         if (state == SampleBlock::kFailed) return false;
         // Kept on purpose: the source of the warning about the size names the gametic reader.
         // Test: SampleData.GenotypicSizeWarningNamesTheGameticReader
-        settle_block_size(sample_, sums_, 2.0, kAdjustingGenotypicSampleSize, kGenotypic);
+        settle_block_size(sample_, sums_, 2.0, kAdjustingGenotypicSampleSize,
+                          "Population::New_read_genotypic_data() sum of Relative frequencies=%f");
         return true;
     }
 

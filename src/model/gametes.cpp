@@ -1,10 +1,10 @@
 // From the texts of a sample to alleles, gametes and counts of haplotypes.
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <unordered_map>
 
 #include "model/compact_list.h"
+#include "model/counts.h"
 #include "model/integer_part.h"
 #include "model/population.h"
 #include "model/samples.h"
@@ -24,12 +24,6 @@ constexpr double kMaxGametes = 2.0e7;
 // it may ask for pairwise comparisons after the gametes were made.
 constexpr int kGameteTasks = kTaskAmova | kTaskPairwiseFst | kTaskMantel;
 
-// Sum of two counts, held at the largest int.
-int added(int a, int b) {
-    const long sum = static_cast<long>(a) + b;
-    return static_cast<int>(std::min<long>(sum, std::numeric_limits<int>::max()));
-}
-
 // "h" and the number.
 my_string numbered_name(long number) {
     return my_string(("h" + std::to_string(number)).c_str());
@@ -48,7 +42,7 @@ public:
     void add(HaploDef* definition, int count) {
         const auto [place, is_new] = entries_.try_emplace(definition, nullptr);
         if (!is_new) {
-            place->second->freq = added(place->second->freq, count);
+            place->second->freq = added_counts(place->second->freq, count);
             return;
         }
         place->second = new PHaploDef(definition, count);
@@ -63,7 +57,7 @@ private:
 // The definition of a text; a new one is named by the next number.
 HaploDef* find_or_define(Haplo_DB& db, const my_string& text, int count, long& number) {
     if (HaploDef* known = db.find(text)) {
-        known->count = added(known->count, count);
+        known->count = added_counts(known->count, count);
         return known;
     }
     auto* fresh = new HaploDef(numbered_name(++number));
@@ -245,7 +239,7 @@ void Population::check_phaplodef_redond() {
     std::unordered_map<const HaploDef*, PHaploDef*> first_of;
     drop_elements(hapl_list, [&first_of](PHaploDef& entry) {
         const auto [place, is_first] = first_of.try_emplace(entry.def, &entry);
-        if (!is_first) place->second->freq = added(place->second->freq, entry.freq);
+        if (!is_first) place->second->freq = added_counts(place->second->freq, entry.freq);
         return !is_first;
     });
 }

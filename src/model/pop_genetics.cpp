@@ -1,9 +1,7 @@
 #include <algorithm>
-#include <cctype>
 #include <string>
 #include <vector>
 
-#include "model/integer_part.h"
 #include "model/population.h"
 #include "run/errors.h"
 #include "run/settings.h"

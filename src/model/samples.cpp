@@ -2,6 +2,7 @@
 
 #include <ctime>
 #include <fstream>
+#include <string>
 
 #include "model/popul_dna.h"
 #include "model/popul_microsat.h"

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace {
 
 using mnd::DataLine;
@@ -44,6 +46,13 @@ TEST(DataLine, WordsAreFoundInAnyCase) {
     EXPECT_TRUE(holds_word("\t[[Structure]]", "[STRUCTURE]"));
     EXPECT_FALSE(holds_word("[ structure ]", "[STRUCTURE]"));
     EXPECT_FALSE(holds_word("", "[MANTEL]"));
+}
+
+TEST(DataLine, PeekingPassesWhiteSpaceAndComments) {
+    std::istringstream in(" \t\r\n# a } comment\n  x");
+    EXPECT_EQ(mnd::peek_data(in), 'x');
+    EXPECT_EQ(in.get(), 'x');
+    EXPECT_EQ(mnd::peek_data(in), mnd::kEndOfStream);
 }
 
 }  // namespace
