@@ -42,17 +42,17 @@ std::ostream& null_stream() {
 
 Errors& error_channel() {
     static Errors channel;
+    [[maybe_unused]] static const ReportHook before = set_report_hook(forward_report);
     return channel;
 }
 
 Errors::Errors() : messages(210, 10) {
     for (int code = 0; code < kNumMessages; ++code)
         messages.Add(message_text(code));
-    set_report_hook(forward_report);
 }
 
 Errors::~Errors() {
-    set_report_hook(nullptr);
+    if (this == &E) set_report_hook(nullptr);
     if (_AOS_ == log_stream) _AOS_ = &null_stream();
     delete log_stream;
     log_stream = nullptr;

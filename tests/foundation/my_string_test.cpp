@@ -117,6 +117,35 @@ TEST(MyString, AssignsNumbersAsPrintfDoes) {
     EXPECT_EQ(s.length(), 308);
 }
 
+TEST(MyString, NumberAndCharacterTakeANewBufferOnlyBelowTheirNeed) {
+    const auto of_capacity = [](int capacity) {
+        my_string s(run_of(static_cast<std::size_t>(capacity) - 2).c_str());
+        EXPECT_EQ(s.capacity, capacity);
+        return s;
+    };
+    const auto after_character = [&](int capacity) {
+        my_string s = of_capacity(capacity);
+        s = 'c';
+        return s.capacity;
+    };
+    const auto after_int = [&](int capacity) {
+        my_string s = of_capacity(capacity);
+        s = 7;
+        return s.capacity;
+    };
+    const auto after_double = [&](int capacity) {
+        my_string s = of_capacity(capacity);
+        s = 7.0;
+        return s.capacity;
+    };
+    EXPECT_EQ(after_character(3), 12);
+    EXPECT_EQ(after_character(4), 4);
+    EXPECT_EQ(after_int(19), 22);
+    EXPECT_EQ(after_int(20), 20);
+    EXPECT_EQ(after_double(39), 42);
+    EXPECT_EQ(after_double(40), 40);
+}
+
 TEST(MyString, NullPointerIsTheEmptyText) {
     const char* nothing = nullptr;
     my_string s(nothing);
@@ -562,6 +591,23 @@ TEST(MyStringStream, ReadToAGivenDelimKeepsBlanksAndTabs) {
     my_string s;
     s.read_to_delim(in, ',');
     EXPECT_EQ(text_of(s), "a b\tc");
+    s.read_to_delim(in, ',');
+    EXPECT_EQ(text_of(s), "d");
+    s.read_to_delim(in, ',');
+    EXPECT_EQ(text_of(s), "e");
+}
+
+TEST(MyStringStream, ReadToDelimStopsAtByte255AndAGivenDelimAtAZeroByteToo) {
+    std::istringstream in(
+        std::string("a\xff"
+                    "b c\0d\xff"
+                    "e",
+                    9));
+    my_string s;
+    s.read_to_delim(in);
+    EXPECT_EQ(text_of(s), "a");
+    s.read_to_delim(in, ',');
+    EXPECT_EQ(text_of(s), "b c");
     s.read_to_delim(in, ',');
     EXPECT_EQ(text_of(s), "d");
     s.read_to_delim(in, ',');

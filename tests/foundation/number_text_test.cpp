@@ -73,6 +73,7 @@ TEST(MyAtof, NegativeNumbersLoseTheirLastWholeDigit) {
 
 TEST(MyAtof, AnExponentAppliesTheSignOnceMore) {
     EXPECT_DOUBLE_EQ(my_atof("-12.5e2"), 150.0);  // -1.5, times 100, times -1
+    EXPECT_EQ(my_atof("-12.5e0"), -1.5);          // an exponent of 0 applies nothing
 }
 
 TEST(MyAtof, StrayFractionCharactersCountAsDigitsButBlanksDoNot) {
@@ -80,6 +81,7 @@ TEST(MyAtof, StrayFractionCharactersCountAsDigitsButBlanksDoNot) {
     EXPECT_EQ(my_atof("0. 5"), 0.5);
     EXPECT_EQ(my_atof("0.5x"), 0.05);
     EXPECT_EQ(my_atof("0.5\r"), 0.05);
+    EXPECT_EQ(my_atof("1.5E2"), 1.052);  // only a lower-case letter begins an exponent
 }
 
 TEST(MyAtof, LongFractionsKeepTheirValue) {

@@ -5,7 +5,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
+
+#include "run/errors.h"
 
 namespace {
 
@@ -111,6 +114,33 @@ TEST(CleanerLine, SeparatorLineStaysWithoutASeparatorOrWithNone) {
     EXPECT_EQ(separator_line("Title=\"LocusSeparator of Nonette\"", ' '),
               "Title=\"LocusSeparator of Nonette\"");
     EXPECT_EQ(separator_line("NbSamples=3", ' '), "NbSamples=3");
+}
+
+// What the log says of a separator line, or nothing.
+std::string warning_of(const std::string& line, char separator) {
+    std::ostringstream log;
+    std::ostream* const before = mnd::_AOS_;
+    mnd::_AOS_ = &log;
+    separator_line(line, separator);
+    mnd::_AOS_ = before;
+    return log.str();
+}
+
+TEST(CleanerLine, RewritingAnotherSeparatorIsSaidInTheLog) {
+    EXPECT_EQ(warning_of("LocusSeparator=';'", ' '),
+              "\nWarning: \"LocusSeparator=';'\" is read as \"LocusSeparator=WHITESPACE\", since the locus "
+              "separator in force\n(the one of the project before, or a blank for the first) is another one."
+              "\nSeparate the loci of this project by blanks to be sure of what is read.\n");
+    EXPECT_NE(warning_of("Title=\"no LocusSeparator\"", ' '), "");
+}
+
+TEST(CleanerLine, RewritingASeparatorThatIsABlankByNowIsNotSaid) {
+    EXPECT_EQ(warning_of("LocusSeparator=TAB", ' '), "");
+    EXPECT_EQ(warning_of("LocusSeparator=WhiteSpace # x", ' '), "");
+    EXPECT_EQ(warning_of("LocusSeparator=' '", ','), "");  // what is left of ','
+    EXPECT_EQ(warning_of("LocusSeparator=", ','), "");
+    EXPECT_EQ(warning_of("LocusSeparator=None", ' '), "");
+    EXPECT_EQ(warning_of("LocusSeparator=';'", '\0'), "");
 }
 
 TEST(CleanerLine, ExternNameStandsBetweenTheFirstTwoQuotes) {

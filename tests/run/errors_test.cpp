@@ -135,6 +135,21 @@ TEST_F(Errors, ReportsOfTheLowestLevelArriveHere) {
         "random seed \n");
 }
 
+TEST_F(Errors, SecondChannelLeavesTheOneOfTheProcessInForce) {
+    const std::string second = unique_path("errors_log");
+    {
+        mnd::Errors other;
+        EXPECT_EQ(other.messages.count, 209);
+        EXPECT_EQ(other.log_open, 0);
+        other.init_log_file(second.c_str(), false);
+        EXPECT_EQ(mnd::_AOS_, other.log_stream);
+    }
+    std::remove(second.c_str());
+    EXPECT_EQ(mnd::_AOS_, &mnd::null_stream()) << "points at a stream that is gone";
+    mnd::report(mnd::Error, "a()", 9);
+    EXPECT_EQ(read_file(path_), "   1 #[ERROR # 1] from function \"a()\" : invalid stream\n");
+}
+
 TEST_F(Errors, CodeOutsideTheTableIsNamedUnknown) {
     E.error(mnd::Error, "a()", 209);
     E.error(mnd::Error, "a()", -2);

@@ -117,6 +117,57 @@ TEST(Settings, AssignmentCopiesValuesNamesAndPointers) {
     EXPECT_NE(a.ComputeAllHaplotypesEM, 777);
 }
 
+TEST(Settings, AssignmentCopiesTheStateOfTheRun) {
+    settings a, b;
+    // Addresses of objects that are never looked into.
+    a.current_samples = reinterpret_cast<mnd::Samples*>(&a);
+    a.current_structure = reinterpret_cast<mnd::Structure*>(&a);
+    a.current_matrix = reinterpret_cast<mnd::DistMat*>(&a);
+    a.current_haplo_db = reinterpret_cast<mnd::Haplo_DB*>(&a);
+    a.current_allele_db = reinterpret_cast<mnd::TAlleleDB*>(&a);
+    a.print_em_results = false;
+    a.hw_p_value = 0.25;
+    a.ld_p_value = 0.125;
+    a.gibbs_stream_names.emplace_back("phase.mnp");
+    mnd::my_string settings::*const names[] = {
+        &settings::ld_file_name,       &settings::result_directory, &settings::backup_file_name,
+        &settings::project_directory,  &settings::main_file_name,   &settings::settings_file_name,
+        &settings::program_directory,  &settings::result_file_copy, &settings::tree_file_name,
+        &settings::js_file_name,       &settings::style_file_name,  &settings::tree_script_name,
+        &settings::graphics_directory, &settings::run_time_stamp};
+    int i = 0;
+    for (const auto name : names)
+        a.*name = ++i;
+    b = a;
+    EXPECT_EQ(b.current_samples, a.current_samples);
+    EXPECT_EQ(b.current_structure, a.current_structure);
+    EXPECT_EQ(b.current_matrix, a.current_matrix);
+    EXPECT_EQ(b.current_haplo_db, a.current_haplo_db);
+    EXPECT_EQ(b.current_allele_db, a.current_allele_db);
+    EXPECT_FALSE(b.print_em_results);
+    EXPECT_EQ(b.hw_p_value, 0.25);
+    EXPECT_EQ(b.ld_p_value, 0.125);
+    ASSERT_EQ(b.gibbs_stream_names.size(), 1U);
+    EXPECT_EQ(b.gibbs_stream_names[0], "phase.mnp");
+    for (const auto name : names)
+        EXPECT_EQ(b.*name, a.*name);
+}
+
+TEST(Settings, ResetGivesTheStateOfTheRunItsDefaultsToo) {
+    settings s;
+    s.stop_computations = s.silent_simulation = 1;
+    s.append_results = s.has_em_task = 0;
+    s.ld_file_name = "other";
+    s.TaskNumber = 3;
+    s.reset_initial_values();
+    EXPECT_FALSE(s.stopped());
+    EXPECT_EQ(s.silent_simulation, 0);
+    EXPECT_EQ(s.append_results, 1);
+    EXPECT_EQ(s.has_em_task, 1);
+    EXPECT_EQ(s.ld_file_name, "ld_dis.xl");
+    EXPECT_EQ(s.TaskNumber, 0);
+}
+
 TEST(Settings, KeyTableNamesEachKeyOnce) {
     EXPECT_EQ(mnd::setting_keys().size(), 111U + 11U);
     for (const mnd::SettingKey& key : mnd::setting_keys())
@@ -183,6 +234,8 @@ TEST_F(Progress, ShowsTheWholePercentBeforeTheText) {
     settings::global_work_to_do = 3.0;
     settings::global_work_done = 2.0;
     EXPECT_EQ(progress(), "66% : Permuting\n");
+    settings::global_work_done = 2.999;
+    EXPECT_EQ(progress(), "99% : Permuting\n");
 }
 
 TEST_F(Progress, PercentageNeverExceedsOneHundred) {
