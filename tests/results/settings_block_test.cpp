@@ -27,6 +27,20 @@ std::string tasks(settings& s) {
     return text.substr(text.find(head) + head.size());
 }
 
+// The labels under the heading of one task, each followed by a line end.
+std::string labels_of(mnd::Task task) {
+    settings s;
+    s.TaskNumber = task;
+    std::istringstream lines(tasks(s));
+    std::string labels;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("= ") == std::string::npos) continue;
+        const std::size_t end = line.find_last_not_of(' ', line.find("= ") - 1);
+        labels += line.substr(6, end - 5) + '\n';
+    }
+    return labels;
+}
+
 }  // namespace
 
 TEST(SettingsBlock, GeneralSettingsAsText) {
@@ -148,6 +162,73 @@ TEST(SettingsBlock, AssignmentSaysWhenItIsSkipped) {
     EXPECT_EQ(tasks(s).find(skipped), std::string::npos);
     s.gametic_phase = 1;
     EXPECT_NE(tasks(s).find(skipped), std::string::npos);
+}
+
+TEST(SettingsBlock, TasksOfOneSampleShowTheirParameters) {
+    EXPECT_EQ(labels_of(mnd::kTaskStandardIndices), "Allele frequencies at all loci\n");
+    EXPECT_EQ(labels_of(mnd::kTaskMismatch),
+              "Molecular distance\nGamma a value\nDemographic expansion\nSpatial expansion\n"
+              "Model of spatial expansion\nBootstrap replicates\n");
+    EXPECT_EQ(labels_of(mnd::kTaskHaplotypeFrequencies),
+              "Haplotype frequencies by EM\nAllele frequencies by EM\nAll two-locus haplotypes\n"
+              "Initial conditions for EM\nMaximum no. of iterations\nRecessive alleles\n"
+              "Bootstrap replicates\nInitial cond. per bootstrap\nInbreeding coefficient\n"
+              "Fixed inbreeding coefficient\nZipper version of EM\nRandom orders of loci\n"
+              "Gametic phase by Gibbs sampling\nBurn-in steps\nSampling interval\nNo. of samples\n"
+              "Dirichlet alpha\nDirichlet epsilon\nGamma\nInfluence zone of het. sites\n"
+              "Fraction of recombination steps\nOutput of phases in files\n");
+    EXPECT_EQ(labels_of(mnd::kTaskLinkageDisequilibrium),
+              "Test of linkage\nSteps, or permutations\nDememorization steps\nPrecision on P-value\n"
+              "Initial conditions for EM\nSignificance level\nSummary file\nD, D' and r2 coefficients\n");
+    EXPECT_EQ(labels_of(mnd::kTaskHardyWeinberg),
+              "Exact test\nLevel (locus 0, hapl. 1, both 2)\nSteps in Markov chain\n"
+              "Dememorization steps\nPrecision on P-value\n");
+    EXPECT_EQ(labels_of(mnd::kTaskTajima), "No. of simulated samples\n");
+    EXPECT_EQ(labels_of(mnd::kTaskEwensWatterson), "Homozygosity test\nNo. of simulated samples\n");
+    EXPECT_EQ(labels_of(mnd::kTaskChakraborty), "No. of simulated samples\n");
+    EXPECT_EQ(labels_of(mnd::kTaskFuFs), "No. of simulated samples\n");
+}
+
+TEST(SettingsBlock, TasksBetweenSamplesShowTheirParameters) {
+    EXPECT_EQ(labels_of(mnd::kTaskAmova),
+              "Global AMOVA\nLocus by locus AMOVA\nConventional F-statistics\nCompute distance matrix\n"
+              "Molecular distance\nGamma a value\nInclude individual level\nPopulation specific FST\n"
+              "Population specific FIS\nNo. of permutations\nPrint distance matrix\n"
+              "Minimum spanning tree\n");
+    EXPECT_EQ(labels_of(mnd::kTaskPairwiseFst),
+              "Pairwise FST\nTest of significance\nNo. of permutations\nSignificance level\n"
+              "Print pairwise FST\nReynolds' distance\nSlatkin's distance\nPairwise differences\n"
+              "Unequal population sizes\nDelta-mu square\n");
+    EXPECT_EQ(labels_of(mnd::kTaskExactDifferentiation),
+              "Steps in Markov chain\nDememorization steps\nPrecision on P-value\n"
+              "Table of significant tests\nSignificance level\n");
+    EXPECT_EQ(labels_of(mnd::kTaskAssignment), "");
+    EXPECT_EQ(labels_of(mnd::kTaskMantel), "No. of permutations\n");
+}
+
+// Two tasks may show one label for two keys; each shows the value of its own.
+TEST(SettingsBlock, EachLabelShowsItsOwnKey) {
+    settings s;
+    s.TaskNumber = mnd::kTaskTajima | mnd::kTaskEwensWatterson | mnd::kTaskHardyWeinberg |
+                   mnd::kTaskLinkageDisequilibrium | mnd::kTaskMantel;
+    s.NumSimulFuTest = 11;
+    s.NumIterationsNeutralityTests = 12;
+    s.MarkovChainDememorisationStepsHW = 13;
+    s.MarkovChainDememorisationStepsLD = 14;
+    s.NumPermMantel = 15;
+    s.SignificanceLevelLD = 0.01;
+    const std::string text = tasks(s);
+    const auto behind = [&](const char* heading, const char* label) {
+        const std::size_t at = text.find(label, text.find(heading));
+        const std::size_t value = text.find("= ", at) + 2;
+        return text.substr(value, text.find('\n', value) - value);
+    };
+    EXPECT_EQ(behind("Tajima's", "No. of simulated samples"), "11");
+    EXPECT_EQ(behind("Ewens-Watterson", "No. of simulated samples"), "12");
+    EXPECT_EQ(behind("Hardy-Weinberg", "Dememorization steps"), "13");
+    EXPECT_EQ(behind("Linkage", "Dememorization steps"), "14");
+    EXPECT_EQ(behind("Linkage", "Significance level"), "0.01");
+    EXPECT_EQ(behind("Correlation", "No. of permutations"), "15");
 }
 
 TEST(SettingsBlock, LinesHaveOneColumnOfValues) {
