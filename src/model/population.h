@@ -90,6 +90,32 @@ public:
     // Releases amova.perm_freq and amova.perm_list.
     void DeletePermutationVectors();
 
+    // --- Sums of squares between gene copies (between/amova_sums.cpp) ---
+    //
+    // Of the tally of this sample: amova.perm_freq gene copies at the rows amova.perm_list of D.
+
+    // Sum of squared distances among the gene copies of this sample:
+    //   SSD = sum_r f_r (f_r - 1)/2 D(r,r) + sum_{r<s} f_r f_s D(r,s)
+    // The diagonal counts, since a matrix from a file may have one.
+    // Writes: amova.SSD; amova.SSD_div_n = SSD / sample_size, 0 for an empty sample
+    // Cost:   O(num_existing^2); allocates nothing
+    void ComputeSSDWP(const DistMat& D);
+    // Sum of squared distances between the gene copies of this sample and those of the other:
+    //   sum_r sum_s f_ir f_js D(r,s)
+    double ComputeSSDAP(const Population* other, const DistMat& D) const;
+    // ComputeSSDWP; the result is SSD_div_n.
+    double SSDWP_div_freq(const DistMat& D);
+
+    // --- Tallies of the permutations (between/amova_permutations.cpp) ---
+
+    // Zeroed tally over `size` matrix rows.
+    void CreatePermutationVectors(const int& size);
+    // amova.perm_list and num_existing from perm_freq, in ascending order of rows.
+    void SetUpVectorOfExistingHaplotypes();
+    // Tally of the next sample_size entries of genes, which are matrix rows.
+    // Report: Memory 1 for a row that the matrix does not have, after a text in the log.
+    void SetUpVectorsAfterPermutation(int* genes);
+
     // --- Reading (input/samples_section.cpp) ---
 
     // Read one data block, from the line behind SampleData={ to its closing brace; with
