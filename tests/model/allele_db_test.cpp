@@ -220,6 +220,21 @@ TEST(TAlleleDB, CopiesAreDeep) {
     EXPECT_EQ(copy(0, 0)->freq, 1.0);
 }
 
+TEST(TLocus, AssignmentIsDeepAndTakesTheResults) {
+    TLocus from("L"), to("M");
+    from.insert("a", 1.0, 0);
+    for (std::size_t i = 0; i < from.amova_values.size(); ++i)
+        from.amova_values[i] = static_cast<double>(i) + 1.0;
+    to.insert("z", 1.0, 0);
+    to = from;
+    EXPECT_STREQ(to.name.c_str(), "L");
+    EXPECT_EQ(to.amova_values, from.amova_values);
+    ASSERT_EQ(to.count, 1);
+    EXPECT_NE(to.data[0], from.data[0]);
+    EXPECT_EQ(to.find_index("a"), 0);
+    EXPECT_EQ(to.find_index("z"), -1);
+}
+
 TEST(TAlleleDB, SizedConstructorMakesRoomForOneMore) {
     EXPECT_EQ(TAlleleDB(7).capacity, 8);
     EXPECT_EQ(TAlleleDB().capacity, 11);

@@ -193,9 +193,9 @@ TEST(HaploDB, CopyIsDeepAndSearchesItself) {
     copy = db;
     EXPECT_STREQ(copy.name.c_str(), "mine");
     EXPECT_EQ(copy.MissingData, 'N');
-    EXPECT_EQ(copy.find("TT"), nullptr);
     ASSERT_NE(copy.find("AC"), nullptr);
     EXPECT_NE(copy.find("AC"), db.find("AC"));
+    EXPECT_EQ(copy.find("TT"), nullptr);
     const Haplo_DB constructed(db);
     EXPECT_NE(constructed.find_by_name("x"), nullptr);
 }

@@ -332,6 +332,8 @@ TEST(TPhenotype, ADominantHomozygoteMayHideTheRecessiveAllele) {
     EXPECT_EQ(resolutions(p), expected);
     EXPECT_EQ(p.nb_genotypes, 4);
     EXPECT_EQ(p.fully_homozygous, 0);
+    for (const TGenotype* genotype : p.genotypes)
+        EXPECT_EQ(letters_of(*genotype->hapl_1), "AB");  // the recessive hides in the second string
 }
 
 TEST(TPhenotype, RecessiveResolutionsThatRepeatAreKeptOnce) {
@@ -354,6 +356,10 @@ TEST(TPhenotype, RecessiveResolutionsThatRepeatAreKeptOnce) {
     TPhenotype het = letters.individual("AB", "CD");
     het.build_genotypes(others, &letters.db, 1, false);
     EXPECT_EQ(het.nb_genotypes, 2);
+    total = 0.0;
+    for (const TPopHaplotype* h : others)
+        total += h->freq;
+    EXPECT_EQ(total, 4.0);  // two passes, not 2^2
 }
 
 TEST(TPhenotype, RecessiveLocusMayGoByPosition) {
@@ -781,7 +787,12 @@ TEST(TPhenDB, HardyWeinbergNeedsOneLocus) {
     letters.append(db, "AC", "AC", 30.0);
     int df = -1;
     EXPECT_EQ(db.hw_chi_stat(&letters.db, 0, '?', df), -1000.0);
-    EXPECT_EQ(reports.all(), (std::vector<Report>{{mnd::Error, "TPhenDB::hw_chi_stat()", 118}}));
+    const Report report{mnd::Error, "TPhenDB::hw_chi_stat()", 118};
+    EXPECT_EQ(reports.all(), (std::vector<Report>{report}));
+    TPhenDB second_is_longer;
+    letters.append(second_is_longer, "A", "AC", 30.0);
+    EXPECT_EQ(second_is_longer.hw_chi_stat(&letters.db, 0, '?', df), -1000.0);
+    EXPECT_EQ(reports.all(), (std::vector<Report>{report, report}));
 }
 
 class TPhenDBRandom : public mnd_test::SeededStream {};
@@ -839,6 +850,33 @@ TEST_F(TPhenDBRandom, PermuteShufflesGeneCopiesForward) {
     }
     EXPECT_EQ(found, expected);
     EXPECT_EQ(letters_of(*db.at_const(0)).substr(1, 1), "X");  // the second locus stays
+    EXPECT_TRUE(reports.all().empty());
+}
+
+TEST_F(TPhenDBRandom, PermuteShufflesTwoLociOneAfterTheOther) {
+    Letters letters;
+    TPhenDB db;
+    letters.append(db, "AX", "BY");
+    letters.append(db, "CZ", "DW");
+    std::string expected[2] = {"ABCD", "XYZW"};
+    for (std::string& locus : expected) {
+        for (std::size_t i = 0; i < 4; ++i)
+            std::swap(locus[i], locus[i + static_cast<std::size_t>(static_cast<double>(4 - i) * next())]);
+    }
+    seed();
+    const CapturedReports reports;
+    const int loci[] = {2, 0, 1};
+    long seed_argument = 1;
+    db.permute_alleles(loci, seed_argument);
+    std::string found[2];
+    for (const TPhenotype* p : db) {
+        for (const auto& h : p->pseudo_hapl) {
+            for (long l = 0; l < 2; ++l)
+                found[l] += h->allele(l)->c_str();
+        }
+    }
+    EXPECT_EQ(found[0], expected[0]);
+    EXPECT_EQ(found[1], expected[1]);
     EXPECT_TRUE(reports.all().empty());
 }
 

@@ -375,6 +375,44 @@ TEST(TPopHaploDB, LinkageDisequilibriumOfTwoLoci) {
     EXPECT_DOUBLE_EQ(db.at_const(2)->ld_d, 0.0625);
 }
 
+TEST(TPopHaploDB, TheBoundIsTheSmallerOfTwo) {
+    Letters letters;
+    TPopHaploDB db;
+    letters.append(db, "AB", 0.5);
+    letters.append(db, "aB", 0.125);
+    letters.append(db, "ab", 0.375);
+    db.update_lk_equil();
+    // p(A) = p(a) = 0.5, p(B) = 0.625, p(b) = 0.375; Ab is missing, so |D'| is 1 everywhere.
+    // AB: D = 0.5 - 0.3125 = 0.1875; bound min(0.5 * 0.625, 0.375 * 0.5) = 0.1875
+    // aB: D = 0.125 - 0.3125 = -0.1875; bound min(0.5 * 0.375, 0.5 * 0.625) = 0.1875
+    // ab: D = 0.375 - 0.1875 = 0.1875; bound min(0.5 * 0.375, 0.625 * 0.5) = 0.1875
+    const double expected[] = {1.0, -1.0, 1.0};
+    for (long i = 0; i < 3; ++i)
+        EXPECT_EQ(db.at_const(i)->ld_d_prime, expected[i]) << i;
+    // AB 0.5, Ab 0.125, aB 0.125, ab 0.25: p(A) = p(B) = 0.625, D = 0.109375, bound 0.234375.
+    TPopHaploDB partial;
+    letters.append(partial, "AB", 0.5);
+    letters.append(partial, "Ab", 0.125);
+    letters.append(partial, "aB", 0.125);
+    letters.append(partial, "ab", 0.25);
+    partial.update_lk_equil();
+    EXPECT_DOUBLE_EQ(partial.at_const(0)->ld_d_prime, 7.0 / 15.0);
+}
+
+TEST(TPopHaploDB, NormalisedDisequilibriumNeedsABoundAboveAMillionth) {
+    Letters letters;
+    TPopHaploDB below, above;
+    letters.append(below, "AB", 1.0 - 1e-7);  // bound about 1e-07
+    letters.append(below, "ab", 1e-7);
+    letters.append(above, "AB", 1.0 - 1e-5);  // bound about 1e-05
+    letters.append(above, "ab", 1e-5);
+    below.update_lk_equil();
+    above.update_lk_equil();
+    EXPECT_GT(below.at_const(0)->ld_d, 0.0);
+    EXPECT_EQ(below.at_const(0)->ld_d_prime, 0.0);
+    EXPECT_NEAR(above.at_const(0)->ld_d_prime, 1.0, 1e-9);
+}
+
 TEST(TPopHaploDB, NormalisedDisequilibriumIsZeroAtATinyBound) {
     Letters letters;
     TPopHaploDB db;
@@ -471,6 +509,8 @@ TEST(TPopHaploDB, HomozygotesUnderInbreeding) {
     letters.append(db, "C", 0.25)->homo_count = 1;
     // F = 0.5: 3 / (0.5 * 0.5 + 0.5) + 1 / (0.75 * 0.5 + 0.25) = 4 + 1.6
     EXPECT_DOUBLE_EQ(db.sum_homoz_inbreeding(0.5), 5.6);
+    letters.append(db, "D", 0.0);  // no homozygotes: left out, where its term would be 0 / 0
+    EXPECT_DOUBLE_EQ(db.sum_homoz_inbreeding(0.0), 10.0);
 }
 
 TEST(TPopHaploDB, LogFactorialsOfTheCounts) {
@@ -621,6 +661,17 @@ TEST(TPopHaploDB, ReferenceTakesTheFirstAlleleThatIsNotMissing) {
     EXPECT_EQ(db.poly_mask[0], 0);
     EXPECT_EQ(db.poly_mask[1], 1);
     EXPECT_EQ(db.poly_mask[2], 1);
+}
+
+TEST(TPopHaploDB, ReferenceOfALocusThatIsMissingThroughoutIsMissing) {
+    Letters letters;
+    TPopHaploDB db;
+    letters.append(db, "?A", 1.0);
+    letters.append(db, "?C", 1.0);
+    db.build_reference_haplotype(&letters.db, '?');
+    ASSERT_NE(db.reference, nullptr);
+    EXPECT_EQ(letters_of(*db.reference), "?A");
+    EXPECT_EQ(db.poly_mask[0], 0);
 }
 
 TEST(TPopHaploDB, WithoutAVariableLocusTheReferenceStays) {
