@@ -302,6 +302,8 @@ void print_theta_k(std::ostream& out, const PopGenetics& sample, bool computed) 
 
 void print_haplotype_distances(std::ostream& out, const PopGenetics& sample) {
     if (sample.dist_mat == nullptr) return;
+    const FormatGuard guard(out);
+    out << std::right;
     const TXmlTag labels(my_string("interHapDistMatrixLabels"), my_string("samp"), sample.name);
     out << "\nHaplotypes of the matrix:\n";
     open_table(out, labels);
