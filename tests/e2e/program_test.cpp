@@ -130,6 +130,25 @@ TEST_F(Program, ProjectInAFolderWithBlanksWorks) {
     EXPECT_TRUE(contains(read("my data/small one.res/small one.js"), "small%20one.xml#"));
 }
 
+TEST_F(Program, LaterOfTwoProjectsAloneIsAnalysed) {
+    write("a.mnp", small_project());
+    write("b.mnp", small_project());
+    write("s.mns", settings_text(0, false));
+    EXPECT_EQ(start("a.mnp s.mns b.mnp").errors, "");
+    EXPECT_FALSE(exists("a.res"));
+    EXPECT_TRUE(contains(log_of("b"), "Successful run of b.mnp"));
+}
+
+TEST_F(Program, ProjectAndSettingsOfTheCommandLineOverwriteTheControlFiles) {
+    write("a.mnp", small_project());
+    write("s.mns", settings_text(1, false));
+    write("mnd_run.txt", "an older run file\n");
+    write("mnd_run.mns", "older settings\n");
+    start("a.mnp s.mns");
+    EXPECT_TRUE(contains(read("mnd_run.txt"), "\nuse_interf_settings\na.mnp\n0\n0\nend\n"));
+    EXPECT_EQ(read("mnd_run.mns"), settings_text(1, false));
+}
+
 // --- Seeds
 
 TEST_F(Program, SeedOfTheEnvironmentRepeatsARun) {
@@ -179,6 +198,72 @@ TEST_F(Program, BrokenProjectDoesNotStopTheBatch) {
     EXPECT_TRUE(contains(outcome.errors, "broken.res/Mendrake_log.txt"));
     EXPECT_TRUE(contains(read("broken.res/broken.htm"), "</html>"));
     EXPECT_TRUE(contains(read("b.res/b.htm"), "RUN NUMBER 3 ("));
+}
+
+TEST_F(Program, MatrixTooBigForTheMemoryFailsItsProjectOnly) {
+    std::string huge = small_project();
+    huge.replace(huge.find("\t[[Samples]]"), 1,
+                 "\t[[DistanceMatrix]]\n\t\tMatrixName=\"D\"\n\t\tMatrixSize=2000000000\n\t");
+    write("huge.mnp", huge);
+    write("b.mnp", small_project());
+    write("mnd_run.mns", settings_text(kDiversityTasks, true));
+    write("mnd_run.txt", "\nuse_interf_settings\nhuge.mnp\n0\n0\nb.mnp\n0\n0\nend\n");
+    const Outcome outcome = start();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(contains(log_of("huge"), "is probably too big..."));
+    EXPECT_EQ(count_of(outcome.errors, "\n"), 1);
+    EXPECT_TRUE(is_well_formed("huge.res/huge.xml"));
+    EXPECT_TRUE(contains(log_of("b"), "Successful run of b.mnp"));
+}
+
+// The sanitizers reserve more address space than any limit leaves.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kMemoryCanBeLimited = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kMemoryCanBeLimited = false;
+#else
+constexpr bool kMemoryCanBeLimited = true;
+#endif
+#else
+constexpr bool kMemoryCanBeLimited = true;
+#endif
+
+// One sample of n sequences that all differ.
+std::string many_haplotypes(int n) {
+    constexpr char kBases[] = {'A', 'C', 'G', 'T'};
+    constexpr int kSites = 8;
+    std::string text =
+        "[Profile]\nTitle=\"M\"\nNbSamples=1\nGenotypicData=0\nDataType=DNA\nLocusSeparator=NONE\n"
+        "MissingData=\"?\"\n[Data]\n[[Samples]]\nSampleName=\"S\"\nSampleSize=" +
+        std::to_string(n) + "\nSampleData={\n";
+    for (int i = 0; i < n; ++i) {
+        text += "h" + std::to_string(i) + " 1 ";
+        for (int site = 0, rest = i; site < kSites; ++site, rest /= 4)
+            text += kBases[rest % 4];
+        text += '\n';
+    }
+    return text + "}\n";
+}
+
+TEST_F(Program, ExhaustedMemoryFailsItsProjectOnly) {
+    if (!kMemoryCanBeLimited) GTEST_SKIP() << "the memory of this build can't be limited";
+    // 4000 haplotypes have 16 million distances, of 8 bytes each.
+    write("big.mnp", many_haplotypes(4000));
+    write("b.mnp", small_project());
+    write("mnd_run.mns", settings_text(kDiversityTasks, true));
+    write("mnd_run.txt", "\nuse_interf_settings\nbig.mnp\n0\n0\nb.mnp\n0\n0\nend\n");
+    const Outcome outcome = start("", "ulimit -v 100000 &&");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(contains(outcome.out, "Mendcore terminated gracefully\n"));
+    EXPECT_TRUE(contains(outcome.errors, "project 'big.mnp' failed: the memory is exhausted"));
+    EXPECT_EQ(count_of(outcome.errors, "\n"), 1);
+    EXPECT_EQ(read("mnd_pro.txt"), "error\n");
+    EXPECT_TRUE(is_well_formed("big.res/big.xml"));
+    EXPECT_FALSE(exists("big.res/big.mnp"));
+    EXPECT_TRUE(contains(log_of("big"), "Error during run of big.mnp"));
+    EXPECT_TRUE(contains(log_of("b"), "Successful run of b.mnp"));
+    EXPECT_TRUE(contains(read("b.res/b.xml"), "== Molecular diversity indices : (South)"));
 }
 
 TEST_F(Program, MissingProjectOfAListEndsTheWalk) {
