@@ -1,0 +1,74 @@
+// Sums of squared distances among gene copies, fast enough to be taken anew for every
+// permutation.
+//
+// The rows of the matrix that occur in an analysis are numbered densely, and the way of
+// summing is chosen once, by what the distances are:
+//   - 0 on the diagonal and 1 elsewhere: the number of pairs of copies with different rows
+//   - whole numbers: copies are tallied in their order of arrival, and the sum is a whole
+//     number, exact in any order
+//   - others: rows in ascending order, as Population::ComputeSSDWP takes them, since the order
+//     of such a sum decides its last digits
+// The result is in each case that of ComputeSSDWP to the last digit.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace mnd {
+
+class DistMat;
+
+class PairSums {
+public:
+    // Prepares for the rows of `copies`.
+    //   D        at least as many rows as the largest of `copies` tells, unless conventional;
+    //            must outlive this
+    //   copies   matrix rows of all gene copies that will be summed over; a row may repeat
+    PairSums(const DistMat& D, const std::vector<int>& copies);
+
+    // Sum over all pairs of the n copies at `copies` of the distance between their rows.
+    // Cost:     O(n + k^2) for k different rows; allocates nothing
+    double within(const int* copies, int n);
+
+    // Distance between the rows of two copies.
+    double between(int r, int s) const;
+
+    // Whether all distances are whole numbers, and so small that no sum over the copies
+    // prepared for can lose a digit.
+    bool whole_numbers() const { return way_ != Way::kInOrder; }
+
+private:
+    enum class Way { kConventional, kBytes, kWords, kInOrder };
+
+    // One row of the matrix among the copies at hand.
+    struct Tally {
+        std::int32_t code;
+        std::int32_t count;
+    };
+
+    const DistMat& D_;                    // squared distances
+    Way way_ = Way::kInOrder;             // see above
+    int size_ = 0;                        // different rows that occur
+    std::vector<std::int32_t> code_;      // dense number of each matrix row; -1 for one that does not occur
+    std::vector<std::int32_t> row_;       // matrix row of each dense number, ascending
+    std::vector<std::uint8_t> bytes_;     // size_ x size_ distances, when all are from 0 to 255
+    std::vector<std::int32_t> words_;     // the same for other whole numbers
+    std::vector<std::int32_t> count_;     // working tally by dense number; all 0 between calls
+    std::vector<std::uint64_t> present_;  // working set of dense numbers; empty between calls
+    std::vector<Tally> tally_;            // working list of the rows present
+
+    void number_rows(const std::vector<int>& copies);
+    void choose_way(std::int64_t nb_copies);
+    template <class Cell>
+    void fill_square(std::vector<Cell>& square) const;
+    double cell(int code_r, int code_s) const;
+
+    double conventional_pairs(const int* copies, int n);
+    int tally_by_arrival(const int* copies, int n);
+    int tally_in_order(const int* copies, int n);
+    template <class Cell>
+    std::int64_t whole_sum(const std::vector<Cell>& square, int rows);
+    double sum_in_order(int rows);
+};
+
+}  // namespace mnd
