@@ -188,8 +188,11 @@ public:
     // SSDWI, ind_d and the SSD_within_ind of each sample from haplo_index; of a sample with an odd
     // number of copies the last one is left out.
     void compute_SSDWI();
-    // Sum of D over the pairs 2k, 2k + 1 of haplo_index, halved.
+    // Sum of D over the pairs of compute_SSDWI, halved; nothing is written.
     double half_pair_sum() const;
+    // Sum of the cells of SSD_pops over all pairs of samples of a group, each sample with itself
+    // included: the SSD inside the group.
+    double group_sum_of_squares(const std::vector<Population*>& group) const;
     // group_pops from all_pops, cut by the group sizes of the structure.
     void distribute_populations();
 
@@ -256,6 +259,8 @@ private:
     int run_design();
     void print_distance_line() const;
     void run_pairwise();
+    void list_samples();
+    void place_sample(Population& sample);
     void allocate_arrays();
 };
 
