@@ -31,7 +31,7 @@ cmake --build --preset release
 mkdir -p build/example
 cp examples/* share/* build/example/
 cd build/example
-rm -f mnd_pro.txt
+rm -rf mnd_pro.txt "$example.res"
 ../release/mendcore "$example.mnp" "$example.mns"
 
 results="$PWD/$example.res"
@@ -39,7 +39,10 @@ if ! grep -q "^Successful run of " "$results/Mendrake_log.txt"; then
   echo "The analysis failed, see $results/Mendrake_log.txt" >&2
   exit 1
 fi
-document="$(ls "$results/$example.xml" "$results/$example.htm" 2>/dev/null | head -n 1)"
+document="$results/$example.htm"
+if [ -f "$results/$example.xml" ]; then
+  document="$results/$example.xml"
+fi
 echo
 echo "Results of $example.mnp:"
 echo "  $document"
