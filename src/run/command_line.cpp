@@ -86,7 +86,7 @@ void install_settings(const std::string& path) {
 }
 
 bool abort_with_help(const my_string& message) {
-    std::cout << message << ", aborting mendcore\n\n";
+    std::cout << message;
     showHelp();
     return false;
 }
@@ -95,7 +95,8 @@ bool abort_with_help(const my_string& message) {
 bool settle_run_file(const CommandLine& asked) {
     if (asked.project.empty()) {
         if (!file_opens(kRunFile))
-            return abort_with_help(my_string("The necessary file 'mnd_run.txt' does not exist"));
+            return abort_with_help(
+                my_string("The necessary file 'mnd_run.txt' does not exist, aborting mendcore\n\n"));
     } else {
         make_mnd_run_txt(my_string(asked.project.c_str()));
     }
@@ -104,6 +105,7 @@ bool settle_run_file(const CommandLine& asked) {
     my_string message("Project file '");
     message += project;
     message += asked.project.empty() ? "' listed in mnd_run.txt does not exist" : "' does not exist";
+    message += ", aborting mendcore\n\n";
     return abort_with_help(message);
 }
 
@@ -113,7 +115,7 @@ bool settle_settings_file(const CommandLine& asked) {
     if (!file_opens(asked.settings.c_str())) {
         my_string message("The setting file '");
         message += asked.settings.c_str();
-        message += "' does not exist";
+        message += "' does not exist, aborting mendcore\n\n";
         return abort_with_help(message);
     }
     if (asked.settings != kDefaultSettings) install_settings(asked.settings);

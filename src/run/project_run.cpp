@@ -159,9 +159,9 @@ void write_project_information(std::ostream& out, const ProfileSettings& profile
         << "\tRecessiveData  =  " << s.RecessiveAllelesEM << '\n';
 }
 
-// A heading of the document between two lines of equals signs.
+// A heading, which begins with a line end, between two lines of equals signs.
 void write_level_heading(std::ostream& out, const char* heading) {
-    out << kEquals << "\n== " << heading << '\n' << kEquals << '\n';
+    out << kEquals << heading << '\n' << kEquals << '\n';
 }
 
 std::string structure_text(const Structure& structure) {
@@ -350,7 +350,7 @@ void Project::group_pass(std::fstream& results) {
             tell_missing_analysis(results, "groups of a [[Structure]] section");
         const LevelSwap swap(*this, pooled_samples, pooled_structure);
         s.current_samples = samples;
-        analyse_level(results, "Groups", "ANALYSES AT THE INTRA-GROUP LEVEL");
+        analyse_level(results, "Groups", "\n== ANALYSES AT THE INTRA-GROUP LEVEL");
     }
     ProfileSettings::operator=(profile);
     s.read_settings(s.settings_file_name);
@@ -362,13 +362,14 @@ void Project::population_pass(std::fstream& results) {
     samples->output_by_sample = true;
     s.current_samples = samples;
     haplotype_vectors_built = false;
-    analyse_level(results, "Samples", "ANALYSES AT THE INTRA-POPULATION LEVEL");
+    analyse_level(results, "Samples", "\n== ANALYSES AT THE INTRA-POPULATION LEVEL");
     if (s.DetectSelectedLoci != 0) detect_selected_loci(results);
 }
 
 void Project::detect_selected_loci(std::fstream& results) {
     results << '\n';
-    write_level_heading(results, "DETECTION OF LOCI UNDER SELECTION FROM GENOME SCANS BASED ON F-STATISTICS");
+    write_level_heading(results,
+                        "\n== DETECTION OF LOCI UNDER SELECTION FROM GENOME SCANS BASED ON F-STATISTICS");
     results << "References:\n";
     References(results, Citation::Beaumont_Nichols_1996, References::kFirst);
     References(results, Citation::Excoffier_2009, References::kLast);
