@@ -55,7 +55,7 @@ private:
     std::vector<std::int32_t> words_;     // the same for other whole numbers
     std::vector<std::int32_t> count_;     // working tally by dense number; all 0 between calls
     std::vector<std::uint64_t> present_;  // working set of dense numbers; empty between calls
-    std::vector<Tally> tally_;            // working list of the rows present
+    std::vector<Tally> tally_;            // working list of the rows present, one entry longer than the rows
 
     void number_rows(const std::vector<int>& copies);
     void choose_way(std::int64_t nb_copies);
@@ -63,7 +63,7 @@ private:
     void fill_square(std::vector<Cell>& square) const;
     double cell(int code_r, int code_s) const;
 
-    double conventional_pairs(const int* copies, int n);
+    double different_pairs(const int* copies, int n);
     int tally_by_arrival(const int* copies, int n);
     int tally_in_order(const int* copies, int n);
     template <class Cell>
