@@ -59,8 +59,7 @@ bool begins_entry(std::istream& in, const char* console_text, const char* report
 bool read_entry_head(std::istream& in, my_string& name, double& written) {
     my_string token;
     if (!get_qstring(in, name)) return false;
-    in >> token;
-    return parse_frequency(token.view(), written);
+    return get_plain_word(in, token) && parse_frequency(token.view(), written);
 }
 
 // The samples of the section, one after the other.
@@ -156,20 +155,31 @@ private:
     std::unique_ptr<Population> sample_;  // owned: the sample being read; null before the first
 };
 
-// The definition of an entry: the known one, or a new one read from what follows.
-HaploDef* read_definition(std::istream& in, Haplo_DB& haplo, const my_string& name,
-                          ProfileSettings& profile) {
+HaploDef* refuse_definition(const char* reporter, int code) {
+    E.error(Error, reporter, code);
+    return nullptr;
+}
+
+// The definition of an entry: the known one, or a new one read from what follows. Data for one
+// that has some must be the same. Null after a report.
+HaploDef* read_definition(std::istream& in, Haplo_DB& haplo, const my_string& name, ProfileSettings& profile,
+                          const char* reporter) {
     HaploDef* definition = haplo.find_by_name(name);
     const bool has_data = profile.DataType != FREQUENCY && !test_end_of_line(in);
     if (definition == nullptr) definition = haplo.append(new HaploDef(name));
     if (!has_data) {
         const bool is_undefined = profile.DataType != FREQUENCY && definition->content.is_null();
-        return is_undefined ? nullptr : definition;
+        return is_undefined ? refuse_definition(reporter, kUnreadableHaplotypeData) : definition;
+    }
+    const bool is_repeated = !definition->content.is_null();
+    if (is_repeated) {
+        E.error(Warning, my_string(reporter) + ",  " + definition->name + " : ", kDataAlreadyDefined);
     }
     HaploDef read;
-    if (!read.read_data(in, profile)) return nullptr;
-    if (definition->content.is_null()) definition->content = read.content;
-    return definition->content == read.content ? definition : nullptr;
+    if (!read.read_data(in, profile)) return refuse_definition(reporter, kUnreadableHaplotypeData);
+    if (!is_repeated) definition->content = read.content;
+    if (definition->content == read.content) return definition;
+    return refuse_definition(reporter, kHaplotypeAlreadyDefined);
 }
 
 // Ends a block: sums must be what was stated, but for proportions.
@@ -199,12 +209,12 @@ int Population::read_gametic_data(std::istream& file, Haplo_DB& haplo, bool) {
         double written = 0.0;
         if (!read_entry_head(file, entry_name, written))
             return fail(kReporter, kUnreadableHaplotypeFrequency) ? 1 : 0;
-        HaploDef* definition = read_definition(file, haplo, entry_name, profile);
-        if (definition == nullptr) return fail(kReporter, kUnreadableHaplotypeData) ? 1 : 0;
+        HaploDef* definition = read_definition(file, haplo, entry_name, profile, kReporter);
+        if (definition == nullptr) return 0;
         const int count = integer_part(take_frequency(written, profile.Frequency != 0, sample_size, sums));
         if (count == 0) continue;
         hapl_list.Add(new PHaploDef(definition, count));
-        definition->count += count;
+        definition->count = sum_of_counts(definition->count, count);
         ++nb_hapl;
     }
     return !failed && finish_block(*this, sums, 1.0, kReporter) ? 1 : 0;

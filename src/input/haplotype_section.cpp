@@ -241,8 +241,9 @@ int Haplo_DB::NewReadHaplotypeList(std::istream& in, ProfileSettings& profile, b
         // Test: HaplotypeSection.BraceBehindDataBecomesPartOfIt
         if (!reader.take(closed ? text.substr(0, brace + 1) : text)) return 0;
     }
-    if (closed || (external && !line_was_too_long(in))) return 1;
-    if (line_was_too_long(in)) return refuse_list();
+    if (closed) return 1;
+    if (in.bad() || line_was_too_long(in)) return refuse_list();  // a folder is bad
+    if (external) return 1;
     *_AOS_ << "\tMissing closing brace in Haplotype definition list, aborting reading procedure\n";
     E.error(Error, "Population::New_read_gametic_data()", kMissingSampleDataClosingBrace);
     return 0;

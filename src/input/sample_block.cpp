@@ -59,6 +59,10 @@ SampleBlock::State SampleBlock::end_of_stream() {
                << kMaxTextLength - 1 << " characters, aborting reading procedure\n";
         return kFailed;
     }
+    if (file_.bad()) {  // such as the name of a folder
+        *_AOS_ << "\tUnable to read the data of sample \"" << sample_ << "\", aborting reading procedure\n";
+        return kFailed;
+    }
     if (external_) return kEnd;
     *_AOS_ << "\tMissing closing brace for sample \"" << sample_ << "\", aborting reading procedure\n";
     E.error(Error, reporter_, kMissingSampleDataClosingBrace);

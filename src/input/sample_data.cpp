@@ -7,7 +7,6 @@
 #include "foundation/message_codes.h"
 #include "input/data_line.h"
 #include "input/sample_block.h"
-#include "model/counts.h"
 #include "model/integer_part.h"
 #include "model/population.h"
 #include "run/errors.h"
@@ -144,7 +143,7 @@ private:
 
     void add_entry(HaploDef& definition, int count) {
         sample_.hapl_list.Add(new PHaploDef(&definition, count));
-        definition.count = added_counts(definition.count, count);
+        definition.count = sum_of_counts(definition.count, count);
         ++sample_.nb_hapl;
     }
 
@@ -198,7 +197,7 @@ private:
     bool refuse_name() {
         *_AOS_ << "\tUnable to read genotype ID on line " << block_.line_number()
                << ", aborting reading procedure\n";
-        E.error(Error, kGenotypic, kUnreadableGenotypeData);
+        E.error(Error, kGenotypic, kUnreadableGenotypeFrequency);
         return false;
     }
 

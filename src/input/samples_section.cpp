@@ -55,13 +55,15 @@ public:
         return kGoOn;
     }
 
-    Outcome take_data() {
+    // found   set unless the data have no name
+    Outcome take_data(bool& found) {
         if (!name_seen_) {
             E.error(Warning, kReporter, kSampleNameNotFound);
             *_AOS_ << "Warning: Keyword \"SampleName\" not found while data is defined for population #"
                    << num_samples_ + 1 << '\n';
             return kStopGood;
         }
+        found = true;
         Population sample("noName", -1, profile_);
         sample.id = num_samples_ - 1;
         sample.sample_size = sample_size_;
@@ -175,10 +177,10 @@ bool fail_check(int code) {
     return false;
 }
 
-// Takes gene copies and haplotypes off a sample.
-void lower_size(Population& sample, double copies, int haplotypes) {
+// Takes gene copies and haplotypes off a sample; the number of haplotypes may become negative.
+void lower_size(Population& sample, double copies, double haplotypes) {
     sample.sample_size -= copies;
-    sample.nb_hapl -= haplotypes;
+    sample.nb_hapl = integer_part(sample.nb_hapl - haplotypes);
     if (sample.sample_size > 0.0) sample.inv_sample_size = 1.0 / sample.sample_size;
 }
 
@@ -190,8 +192,8 @@ bool verify_genotypes(Population& sample, char missing) {
     }
     drop_elements(sample.phen_db, [&sample, missing](TPhenotype& phenotype) {
         if (!phenotype.is_all_missing(missing)) return false;
-        const int f = integer_part(phenotype.freq);
-        lower_size(sample, 2.0 * f, 2 * f);
+        const double copies = 2.0 * integer_part(phenotype.freq);
+        lower_size(sample, copies, copies);
         phenotype.delete_pheno();
         return true;
     });
@@ -209,7 +211,7 @@ bool verify_haplotypes(Population& sample, char missing) {
     drop_elements(sample.hapl_list, [&sample, missing](const PHaploDef& entry) {
         if (!entry.def->is_all_missing(missing)) return false;
         entry.def->count = 0;
-        lower_size(sample, entry.freq, 1);
+        lower_size(sample, entry.freq, 1.0);
         return true;
     });
     return true;
@@ -282,8 +284,7 @@ int Samples::NewReadSamples(std::ifstream& file, ProfileSettings& profile, Haplo
             found_size = true;
             outcome = reader.take_size();
         } else if (holds_word(text, "SAMPLEDATA")) {
-            found_data = true;
-            outcome = reader.take_data();
+            outcome = reader.take_data(found_data);
         }
     }
     if (outcome == SectionReader::kGoOn && line_was_too_long(file)) outcome = reader.line_too_long();

@@ -5,11 +5,11 @@
 // the list says how to hash and to compare them.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace mnd {
@@ -18,8 +18,9 @@ class FirstMatchIndex {
 public:
     // Forgets all positions; the next use covers the list anew.
     void forget() {
-        head_.clear();
+        slots_.clear();
         next_.clear();
+        used_ = 0;
     }
 
     // Number of elements of the list that are indexed, from the first on.
@@ -39,9 +40,7 @@ public:
     // First indexed element with this hash for which equals(i) holds, or -1.
     template <class Equals>
     long first(std::size_t hash, Equals equals) const {
-        const auto found = head_.find(hash);
-        if (found == head_.end()) return kNone;
-        for (long i = found->second; i != kNone; i = next_[static_cast<std::size_t>(i)]) {
+        for (long i = head(hash); i != kNone; i = next_[static_cast<std::size_t>(i)]) {
             if (equals(i)) return i;
         }
         return kNone;
@@ -49,17 +48,51 @@ public:
 
     // Whether some element was indexed under this hash. When it was and none is equal, the
     // elements have most likely changed since, and the owner should cover the list anew.
-    bool knows(std::size_t hash) const { return head_.count(hash) != 0; }
+    bool knows(std::size_t hash) const { return head(hash) != kNone; }
 
 private:
     static constexpr long kNone = -1;
+    static constexpr std::size_t kSmallestTable = 16;
+
+    // One hash of the list. The table is flat and at most half full: a search touches one
+    // place of memory, which is what counts for a list of many thousands.
+    struct Slot {
+        std::size_t hash = 0;
+        long first = kNone;  // first position that has this hash; none in a free slot
+    };
+
+    // Slot of the hash, or the free one where it belongs; there is a table.
+    std::size_t slot_of(std::size_t hash) const {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t at = (hash ^ (hash >> 32)) & mask;
+        while (slots_[at].first != kNone && slots_[at].hash != hash)
+            at = (at + 1) & mask;
+        return at;
+    }
+
+    long head(std::size_t hash) const { return slots_.empty() ? kNone : slots_[slot_of(hash)].first; }
+
+    // Makes room for one more hash.
+    void grow() {
+        if (2 * (used_ + 1) <= slots_.size()) return;
+        std::vector<Slot> old(std::max(kSmallestTable, 2 * slots_.size()));
+        old.swap(slots_);
+        for (const Slot& slot : old) {
+            if (slot.first != kNone) slots_[slot_of(slot.hash)] = slot;
+        }
+    }
 
     template <class Same>
     void add(long i, std::size_t hash, Same same) {
         next_.push_back(kNone);
-        const auto [place, is_new] = head_.try_emplace(hash, i);
-        if (is_new) return;
-        long last = place->second;
+        grow();
+        Slot& slot = slots_[slot_of(hash)];
+        if (slot.first == kNone) {
+            slot = {hash, i};
+            ++used_;
+            return;
+        }
+        long last = slot.first;
         for (long j = last; j != kNone; j = next_[static_cast<std::size_t>(j)]) {
             if (same(i, j)) return;  // only the first of equal elements is ever the answer
             last = j;
@@ -67,8 +100,9 @@ private:
         next_[static_cast<std::size_t>(last)] = i;
     }
 
-    std::unordered_map<std::size_t, long> head_;  // hash to the first position that has it
-    std::vector<long> next_;                      // per position, the next one of another content
+    std::vector<Slot> slots_;  // empty, or a power of two of them
+    std::size_t used_ = 0;     // slots that hold a hash
+    std::vector<long> next_;   // per position, the next one of another content
 };
 
 // Hash of a text, for an index of texts.

@@ -4,7 +4,7 @@
 #include <unordered_map>
 
 #include "model/compact_list.h"
-#include "model/counts.h"
+#include "model/first_match_index.h"
 #include "model/integer_part.h"
 #include "model/population.h"
 #include "model/samples.h"
@@ -33,31 +33,32 @@ my_string numbered_name(long number) {
 // is the one that counts.
 class EntryIndex {
 public:
-    explicit EntryIndex(MY_TIArrayAsVector<PHaploDef>& list) : list_(list) {
-        for (PHaploDef* entry : list)
-            entries_.try_emplace(entry->def, entry);
-    }
+    explicit EntryIndex(MY_TIArrayAsVector<PHaploDef>& list) : list_(list) {}
 
     // Adds to the entry of the definition, or makes one at the end of the list.
     void add(HaploDef* definition, int count) {
-        const auto [place, is_new] = entries_.try_emplace(definition, nullptr);
-        if (!is_new) {
-            place->second->freq = added_counts(place->second->freq, count);
-            return;
+        const auto definition_at = [this](long i) { return list_.data[i]->def; };
+        index_.cover(
+            list_.count, [&](long i) { return hash_address(0, definition_at(i)); },
+            [&](long i, long j) { return definition_at(i) == definition_at(j); });
+        const long known =
+            index_.first(hash_address(0, definition), [&](long i) { return definition_at(i) == definition; });
+        if (known < 0) {
+            list_.Add(new PHaploDef(definition, count));
+        } else {
+            list_.data[known]->freq = sum_of_counts(list_.data[known]->freq, count);
         }
-        place->second = new PHaploDef(definition, count);
-        list_.Add(place->second);
     }
 
 private:
     MY_TIArrayAsVector<PHaploDef>& list_;
-    std::unordered_map<const HaploDef*, PHaploDef*> entries_;  // not owned: entries of the list
+    FirstMatchIndex index_;
 };
 
 // The definition of a text; a new one is named by the next number.
 HaploDef* find_or_define(Haplo_DB& db, const my_string& text, int count, long& number) {
     if (HaploDef* known = db.find(text)) {
-        known->count = added_counts(known->count, count);
+        known->count = sum_of_counts(known->count, count);
         return known;
     }
     auto* fresh = new HaploDef(numbered_name(++number));
@@ -177,13 +178,14 @@ void Population::phen_to_gam(Haplo_DB* db, ProfileSettings*, settings* s) {
     if (wants_gametes && too_many) E.error(Error, "Population::phen_to_gam()", kNotEnoughMemory);
     EntryIndex entries(hapl_list);
     long number = db->list.count;
+    my_string reduced;  // a text without runs of separators
     for (const TPhenotype* phenotype : phen_db) {
         const int f = integer_part(phenotype->freq);
         HaploDef* definitions[2];
         for (std::size_t k = 0; k < 2; ++k) {
-            my_string text = phenotype->text[k];
-            if (separator != 0) rm_mult_delim(phenotype->text[k], text, separator);
-            definitions[k] = find_or_define(*db, text, f, number);
+            const my_string& text = phenotype->text[k];
+            if (separator != 0) rm_mult_delim(text, reduced, separator);
+            definitions[k] = find_or_define(*db, separator != 0 ? reduced : text, f, number);
         }
         for (int copy = 0; wants_gametes && !too_many && copy < f; ++copy) {
             gamete_list.Add(new PHaploDef(definitions[0], 1));
@@ -239,7 +241,7 @@ void Population::check_phaplodef_redond() {
     std::unordered_map<const HaploDef*, PHaploDef*> first_of;
     drop_elements(hapl_list, [&first_of](PHaploDef& entry) {
         const auto [place, is_first] = first_of.try_emplace(entry.def, &entry);
-        if (!is_first) place->second->freq = added_counts(place->second->freq, entry.freq);
+        if (!is_first) place->second->freq = sum_of_counts(place->second->freq, entry.freq);
         return !is_first;
     });
 }

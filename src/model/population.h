@@ -116,7 +116,7 @@ public:
     // Report: Memory 1 for a row that the matrix does not have, after a text in the log.
     void SetUpVectorsAfterPermutation(int* genes);
 
-    // --- Reading (input/samples_section.cpp) ---
+    // --- Reading (input/sample_data.cpp, input/free_form_samples.cpp) ---
 
     // Read one data block, from the line behind SampleData={ to its closing brace; with
     // external not 0 to the end of the stream, no brace needed.
@@ -131,7 +131,7 @@ public:
     int read_gametic_data(std::istream& file, Haplo_DB& haplo, bool external);
     int read_genotypic_data(std::istream& file, bool external);
 
-    // --- From texts to alleles and gametes (model/population.cpp) ---
+    // --- From texts to alleles and gametes (model/gametes.cpp) ---
 
     // Inserts the recessive allele, weight 0, as the first allele of each locus of the
     // project, once per allele store (its blanks_done). The number of loci is that of the

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <string>
 
+#include "foundation/clock_time.h"
 #include "model/popul_dna.h"
 #include "model/popul_microsat.h"
 #include "model/popul_rflp.h"
@@ -59,10 +60,6 @@ double between_sample_work(const settings& s, double k, double loci) {
 // Empties a file that exists, and makes none.
 void empty_existing_file(const char* path) {
     if (std::ifstream(path).is_open()) std::ofstream(path, std::ios::trunc);
-}
-
-long milliseconds_since(std::clock_t start) {
-    return static_cast<long>((std::clock() - start) / (CLOCKS_PER_SEC / 1000));
 }
 
 void report_sample_without_data(const char* reporter) {

@@ -34,7 +34,7 @@ public:
     // Copies the profile of a project into these samples.
     void set_profile(const ProfileSettings& project_profile) { ProfileSettings::operator=(project_profile); }
 
-    // --- Reading and writing (input/samples_section.cpp) ---
+    // --- Reading and writing (input/samples_section.cpp, input/free_form_samples.cpp) ---
 
     // Reads the [[Samples]] section from the line behind its keyword, line by line, up to
     // "[STRUCTURE]", "[MANTEL]" or the end of the file.

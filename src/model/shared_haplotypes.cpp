@@ -7,7 +7,6 @@
 #include "foundation/format_guard.h"
 #include "input/dist_mat.h"
 #include "model/compact_list.h"
-#include "model/counts.h"
 #include "model/integer_part.h"
 #include "model/population.h"
 #include "model/samples.h"

@@ -66,6 +66,14 @@ TEST_F(FreeFormSamples, ASampleMaySetItsOwnProfile) {
     EXPECT_EQ(sample(0).profile.DataType, mnd::RFLP);
 }
 
+TEST_F(FreeFormSamples, CountsOverSamplesStayInRange) {
+    const std::string sample = "SampleSize=2000000000\nSampleData={\nh1 2000000000 AC\n}\n";
+    EXPECT_EQ(read(mnd_test::haplotypic(mnd::DNA, 0),
+                   "SampleName=\"x\"\n" + sample + "SampleName=\"y\"\n" + sample + "[[Structure]]\n"),
+              1);
+    EXPECT_EQ(db_.list.data[0]->count, 2147483647);
+}
+
 TEST_F(FreeFormSamples, ReadsAnExternalFile) {
     mnd_test::write_text(folder / "data.txt", "h1 1 AC\nh2 2 AG");
     const std::string path = (folder / "data.txt").string();
@@ -99,6 +107,16 @@ TEST_F(FreeFormSamples, FailuresHaveTheirMessages) {
         EXPECT_EQ(read(profile, c.text), 0) << c.text;
         EXPECT_TRUE(log_.holds(c.message)) << c.text;
     }
+}
+
+TEST_F(FreeFormSamples, RepeatedDataMustBeTheSame) {
+    const std::string head = "SampleName=\"x\"\nSampleSize=2\nSampleData={\nh1 1 AC\n";
+    const mnd::ProfileSettings profile = mnd_test::haplotypic(mnd::DNA, 0);
+    EXPECT_EQ(read(profile, head + "h1 1 AC\n}\n[[Structure]]\n"), 1);
+    EXPECT_TRUE(log_.reports("WARNING", "Population::read_gametic_data(),  h1 : ", "data already defined"));
+    EXPECT_FALSE(log_.holds("#[ERROR"));
+    EXPECT_EQ(read(profile, head + "h1 1 AG\n}\n[[Structure]]\n"), 0);
+    EXPECT_TRUE(log_.reports("ERROR", "Population::read_gametic_data()", "haplotype already defined"));
 }
 
 TEST_F(FreeFormSamples, UnexpectedCharactersAreShown) {

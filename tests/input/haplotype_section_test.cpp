@@ -159,6 +159,13 @@ TEST_F(HaplotypeList, ABadStreamIsReported) {
         log_.reports("ERROR", "Haplo_DB::NewReadHaplotypeList()", "error while reading haplotype list"));
 }
 
+TEST_F(HaplotypeList, AFolderIsNoExternalList) {
+    std::ifstream in(".");
+    profile_ = haplotypic(mnd::DNA, 0);
+    EXPECT_EQ(db_.NewReadHaplotypeList(in, profile_, true, line_no_), 0);
+    EXPECT_TRUE(log_.holds("error while reading haplotype list"));
+}
+
 TEST_F(HaplotypeList, ADoubleNameFlushesTheWholeList) {
     db_.name = "mine";
     EXPECT_EQ(read("h1 A\nh2 C\nh1 G\n}"), 0);

@@ -270,7 +270,8 @@ TEST_F(SampleData, GenotypeFrequenciesAreChecked) {
 
 TEST_F(SampleData, ALineWithoutATokenHasNoGenotypeName) {
     EXPECT_EQ(read(genotypic(mnd::STANDARD, ' ', 0), 1, "\v\n}"), 0);
-    EXPECT_TRUE(log_.holds("\tUnable to read genotype ID on line 1"));
+    EXPECT_TRUE(log_.holds("\tUnable to read genotype ID on line 1, aborting reading procedure"));
+    EXPECT_TRUE(log_.reports("ERROR", kGenotypic, "unable to read genotype frequency"));
 }
 
 TEST_F(SampleData, TheSecondGameteMustFollow) {

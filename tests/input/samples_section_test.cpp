@@ -171,6 +171,12 @@ TEST_F(SamplesSection, DataWithoutANameStopReadingAndKeepWhatWasRead) {
         log_.holds("Warning: Keyword \"SampleName\" not found while data is defined for population #2"));
 }
 
+TEST_F(SamplesSection, DataWithoutANameDoNotCountAsMet) {
+    EXPECT_EQ(read("SampleName\nSampleSize=1\nSampleData={\nh1 1 A\n}\n"), 1);
+    EXPECT_TRUE(found_name_ && found_size_);
+    EXPECT_FALSE(found_data_);
+}
+
 TEST_F(SamplesSection, AFailedBlockKeepsTheSamplesBefore) {
     EXPECT_EQ(read("SampleName=\"x\"\nSampleSize=1\nSampleData={\nh1 1 A\n}\n"
                    "SampleName=\"y\"\nSampleSize=1\nSampleData={\nh1 what\n}\n"),
@@ -247,6 +253,15 @@ TEST_F(SamplesSection, AMissingExternalFileFails) {
     EXPECT_EQ(samples_.populations.count, 0);
 }
 
+TEST_F(SamplesSection, AFolderIsNoExternalFile) {
+    mnd::settings s;
+    profile_.the_settings = &s;
+    EXPECT_EQ(read("SampleName=\"x\"\nSampleSize=1\nSampleData=EXTERN \"" + folder.path().string() + "\"\n"),
+              0);
+    EXPECT_TRUE(log_.holds("\tUnable to read the data of sample \"x\""));
+    EXPECT_TRUE(log_.reports("ERROR", "Samples::NewReadSamples()", "unable to read sample data"));
+}
+
 TEST_F(SamplesSection, ALineBeyondTheLimitIsRefused) {
     EXPECT_EQ(read("SampleName=\"x\"\n" + std::string(160000, 'x') + "\nSampleSize=1\n"), 0);
     EXPECT_TRUE(log_.holds("\tLine #2 of the Samples section is longer than 149999 characters"));
@@ -301,6 +316,14 @@ TEST_F(VerifyData, AMissingIndividualLeavesTheSample) {
     // Each individual of the class takes two off, though reading added two for the class.
     EXPECT_EQ(sample(0).nb_hapl, 0);
     EXPECT_EQ(sample(0).phen_db.data[0]->real_freq, 0.5);
+}
+
+TEST_F(VerifyData, AMissingIndividualOfHugeFrequencyLeavesTheSample) {
+    add(genotypic(mnd::MICROSAT, ' ', 0), "a 1 12\n 12\nb 2000000000 ?\n ?\n");
+    EXPECT_TRUE(samples_.verify_data());
+    EXPECT_EQ(sample(0).sample_size, 2.0);
+    // 4 less 4000000000 is beyond an int.
+    EXPECT_EQ(sample(0).nb_hapl, -2147483647);
 }
 
 TEST_F(VerifyData, FrequencyDataStay) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -51,6 +52,25 @@ TEST(FirstMatchIndex, FollowsAListThatGrows) {
     list.texts.push_back("b");
     EXPECT_EQ(list.find("b"), 1);
     EXPECT_EQ(list.index.covered(), 3);
+}
+
+TEST(FirstMatchIndex, AgreesWithASearchOfALongList) {
+    IndexedTexts list;
+    std::unordered_map<std::string, long> first_of;
+    for (long i = 0; i < 5000; ++i) {
+        // Each text comes back after 1000 places, but for some that are new.
+        const std::string text = std::to_string(i % 7 == 0 ? 10000 + i : i % 1000);
+        const auto known = first_of.find(text);
+        EXPECT_EQ(list.find(text), known == first_of.end() ? -1 : known->second);
+        list.texts.push_back(text);
+        first_of.try_emplace(text, i);
+    }
+    for (const auto& [text, position] : first_of)
+        EXPECT_EQ(list.find(text), position);
+    list.index.forget();
+    EXPECT_EQ(list.index.covered(), 0);
+    EXPECT_FALSE(list.index.knows(mnd::hash_text("1")));
+    EXPECT_EQ(list.find("1"), 1);
 }
 
 TEST(FirstMatchIndex, CoversAShorterListAnew) {
