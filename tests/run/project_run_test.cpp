@@ -6,6 +6,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "results/xml_tags.h"
 #include "run/errors.h"
@@ -198,6 +199,30 @@ TEST_F(ProjectRun, CleaningRemovesWhatTranslationsLeaveInTheControlDirectory) {
     EXPECT_FALSE(fs::exists(folder / "dum_mnd.mnp"));
 }
 
+TEST_F(ProjectRun, ProjectThatCannotBeCleanedIsReadAsItIs) {
+    write_text(folder / "a.mnp", dna_project());
+    write_text(folder / "a.res", "a file in the place of the result folder");
+    ASSERT_TRUE(run("a", settings_of(kTaskStandardIndices)));
+    EXPECT_TRUE(log.holds("\nAn error has occurred while cleaning-up the project...\n"));
+    EXPECT_TRUE(contains(read_text("a.htm"), "== Standard diversity indices : (South)"));
+    EXPECT_EQ(read_text("a.res"), "a file in the place of the result folder");
+    EXPECT_TRUE(fs::exists(folder / "a.mnp")) << "the project is no copy";
+}
+
+TEST_F(ProjectRun, BackslashesOfAPathBecomeSlashes) {
+    write_text(folder / "sub/a.mnp", dna_project());
+    prepare("sub/a", settings_of(0));
+    project->the_settings.backup_file_name = "sub\\a.bac";
+    project->the_settings.project_directory = "sub\\";
+    ASSERT_TRUE(project->run());
+    EXPECT_EQ(project->the_settings.backup_file_name.view(), "sub/a.bac");
+    EXPECT_EQ(project->the_settings.project_directory.view(), "sub/");
+    EXPECT_EQ(project->the_settings.result_directory.view(), "sub/a.res/");
+    EXPECT_EQ(project->the_settings.result_file_name.view(), "sub/a.res/a.htm");
+    EXPECT_EQ(project->the_settings.ld_file_name.view(), "sub/a.res/ld_dis.xl");
+    EXPECT_STREQ(settings::input_file, "sub/a.res/a.mnp");
+}
+
 // --- Appending
 
 TEST_F(ProjectRun, AppendingEmptiesAnHtmlDocumentYetKeepsItsTree) {
@@ -321,6 +346,25 @@ TEST_F(ProjectRun, IndividualLevelIsOffForHaplotypes) {
     write_text(folder / "a.mnp", dna_project());
     ASSERT_TRUE(run("a", settings_of(0, "IncludeIndividualLevel=1\n")));
     EXPECT_EQ(project->the_settings.IncludeIndividualLevel, 0);
+}
+
+TEST_F(ProjectRun, AssignmentSeesKnownPhaseAsUnknown) {
+    for (const int phase : {0, 1}) {
+        write_text(
+            folder / "g.mnp",
+            "[Profile]\nTitle=\"G\"\nNbSamples=1\nGenotypicData=1\nGameticPhase=" + std::to_string(phase) +
+                "\nDataType=STANDARD\nLocusSeparator=WHITESPACE\nMissingData=\"?\"\n[Data]\n[[Samples]]\n"
+                "SampleName=\"S\"\nSampleSize=2\nSampleData={\ni 2 1 2\n  1 3\n}\n");
+        const auto phases = [this] {
+            return std::pair(project->the_settings.gametic_phase, project->samples->GameticPhase);
+        };
+        std::pair seen(-1, -1);
+        mnd_test::WatchedLog own_log;
+        own_log.when("assignment of genotypes to samples", [&] { seen = phases(); });
+        ASSERT_TRUE(run("g", settings_of(kTaskAssignment)));
+        EXPECT_EQ(seen, std::pair(0, 0));
+        EXPECT_EQ(phases(), std::pair(phase, phase));
+    }
 }
 
 TEST_F(ProjectRun, SelectionWithoutGroupsSaysThatItIsImpossible) {
