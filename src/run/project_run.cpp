@@ -471,9 +471,9 @@ bool Project::run() {
     try {
         return run_on_document(document, copies.pre_pass);
     } catch (...) {
+        clean();  // first of all, since memory may be what is missing
         failure_reason = reason_of_exception();
     }
-    clean();
     print_error_message();
     _AOS_->clear();  // the exception may have come through the log
     *_AOS_ << "\nThe run was abandoned: " << failure_reason << std::endl;
