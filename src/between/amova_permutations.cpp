@@ -69,14 +69,17 @@ void print_abnormal_row(const Population& sample, int position, int row) {
            << "\nHDB.Nb_haplo=" << sample.amova.perm_size << "\ni=" << position << " H_vect:" << row << '\n';
 }
 
-// Reports the first of n rows that the tally of the sample does not have.
-// Throws: ExceptionType
-void check_rows(const Population& sample, const int* genes, int n) {
+// Reports the first of n rows that the tally of the sample does not have. Before there is a log
+// such a report does not throw.
+// Returns: true when there is none
+bool check_rows(const Population& sample, const int* genes, int n) {
     for (int i = 0; i < n; ++i) {
         if (genes[i] >= 0 && genes[i] < sample.amova.perm_size) continue;
         print_abnormal_row(sample, i, genes[i]);
         E.error(Memory, "Population::SetUpVectorsAfterPermutation", kArrayOutOfBounds);
+        return false;
     }
+    return true;
 }
 
 }  // namespace
@@ -100,7 +103,7 @@ void Population::SetUpVectorOfExistingHaplotypes() {
 // Clears and visits only the rows of the old and of the new tally, of which a sample has few.
 void Population::SetUpVectorsAfterPermutation(int* genes) {
     const int n = copies_of(*this);
-    check_rows(*this, genes, n);
+    if (!check_rows(*this, genes, n)) return;
     double* const freq = amova.perm_freq.data();
     int* const list = amova.perm_list.data();
     for (int a = 0; a < amova.num_existing; ++a)
@@ -204,8 +207,7 @@ void Amova::PPAPWG() {
     int first = 0;
     for (const std::vector<Population*>& group : group_pops) {
         if (group.empty()) continue;
-        const int behind =
-            std::min(first + copies_of(group) / 2, static_cast<int>(phen_vector.count));
+        const int behind = std::min(first + copies_of(group) / 2, static_cast<int>(phen_vector.count));
         permute_phenotypes(behind - 1, first, first + copies_of(*group.front()) / 2);
         first = behind;
     }

@@ -444,6 +444,14 @@ bool too_large(const Amova& analysis) {
     return analysis.N_units >= kTooManyUnits || analysis.dist->MatrixSize == INT_MAX;
 }
 
+// Whether every gene copy stands for a row of the matrix. If not, that was reported when the
+// copies were tallied.
+bool has_all_rows(const Amova& analysis) {
+    const std::vector<int> copies = copies_of(analysis);
+    const int rows = analysis.dist->MatrixSize;
+    return std::all_of(copies.begin(), copies.end(), [rows](int row) { return row >= 0 && row < rows; });
+}
+
 void end_summary_row(std::int64_t num_perm, const std::vector<double>& p_values) {
     if (ofs_amova_res != nullptr) write_amova_summary_tests(*ofs_amova_res, num_perm, p_values);
 }
@@ -520,6 +528,10 @@ int test_components(Amova& analysis, std::int32_t design) {
         end_summary_row(0, {});
         E.error(plan->too_large, plan->origin, plan->too_large_code);
         return 1;
+    }
+    if (!has_all_rows(analysis)) {
+        end_summary_row(0, {});
+        return 0;
     }
     DesignTests tests(analysis, *plan, permutations);
     const bool done = tests.run();
