@@ -57,6 +57,17 @@ std::string_view behind_equal_sign(my_string const& text) {
     return sign == std::string_view::npos ? all : all.substr(sign + 1);
 }
 
+// The kind of quotes that a value stands in: double quotes if it holds any, unless they belong to
+// a text in single quotes.
+char quote_of(std::string_view value) {
+    const std::size_t double_quote = value.find('"');
+    if (double_quote == std::string_view::npos) return '\'';
+    const std::size_t start = value.find_first_not_of(" \t");
+    if (value[start] != '\'') return '"';
+    const std::size_t end = value.find('\'', start + 1);
+    return end != std::string_view::npos && end > double_quote ? '\'' : '"';
+}
+
 my_string text_of(std::string_view part) {
     return my_string(std::string(part).c_str());
 }
@@ -92,6 +103,9 @@ bool is_graphic(int c) {
     return c > 0x20 && c < 0x7f;
 }
 
+// What get_next_subsection drops at most of a comment, and of a line behind a name.
+constexpr std::streamsize kDroppedAtMost = 80;
+
 void drop_rest_of_line(std::istream& is) {
     is.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
 }
@@ -108,10 +122,21 @@ int next_on_line(std::istream& is) {
 }
 
 // Consumes up to and with the next "[" that is in no comment.
-bool go_behind_bracket(std::istream& is) {
+bool go_behind_any_bracket(std::istream& is) {
     for (int c = is.get(); c != kEnd; c = is.get()) {
-        if (c == '#') drop_rest_of_line(is);
+        if (c == '#') is.ignore(kDroppedAtMost, '\n');
         if (c == '[') return true;
+    }
+    return false;
+}
+
+// Consumes what is left of this line and further lines, up to and with a "[" that begins one of
+// them. Brackets within a value are none.
+bool go_behind_heading_bracket(std::istream& is) {
+    for (int c = peek_beyond_comments(is); c != kEnd; c = peek_beyond_comments(is)) {
+        is.get();
+        if (c == '[') return true;
+        drop_rest_of_line(is);
     }
     return false;
 }
@@ -139,7 +164,7 @@ bool is_not_found(std::istream& is, const char* stage) {
 }
 
 bool find_section(std::istream& is, my_string const& section) {
-    while (go_behind_bracket(is)) {
+    while (go_behind_heading_bracket(is)) {
         if (bracketed_name(is) == section) return true;
         drop_rest_of_line(is);
     }
@@ -147,7 +172,7 @@ bool find_section(std::istream& is, my_string const& section) {
 }
 
 bool find_subsection(std::istream& is, my_string const& subsection) {
-    while (go_behind_bracket(is)) {
+    while (go_behind_heading_bracket(is)) {
         if (is.peek() != '[') return is_not_found(is, "position_after() (3)");
         is.get();
         if (bracketed_name(is) == subsection) return true;
@@ -190,7 +215,7 @@ my_string bare_word(std::istream& is) {
     for (int c = is.peek(); c != kEnd; c = is.peek()) {
         if (c == '}' || c == '\n') break;
         is.get();
-        if (c == ' ' || c == '\r' || c == 0xff) break;
+        if (c == ' ' || c == '\t' || c == '\r' || c == 0xff) break;
         word += static_cast<char>(c);
     }
     return text_of(std::string_view(word).substr(0, word.find('/')));
@@ -234,7 +259,7 @@ int whole_part(double value) {
 
 bool getQuotedString(my_string const& text, my_string& value, char const* keyword, int line) {
     const std::string_view behind = behind_equal_sign(text);
-    const char quote = behind.find('"') != std::string_view::npos ? '"' : '\'';
+    const char quote = quote_of(behind);
     if (behind.find(quote) == std::string_view::npos) {
         log_at_line(line) << " : No open quote after keyword '" << keyword << "'\n";
         return bad_value();
@@ -326,14 +351,12 @@ bool skip_comments(std::istream& is) {
 
 bool get_next_ident(std::istream& is, my_string& ident) {
     skip_comments(is);
-    if (is.peek() == '[') return false;
-    while (is.good() && !is_letter_or_digit(is.peek())) {
-        if (is.get() == '[') {
-            is.unget();
-            return false;
-        }
+    int c = peek_beyond_comments(is);
+    for (; c != kEnd && !is_letter_or_digit(c); c = peek_beyond_comments(is)) {
+        if (c == '[') return false;
+        is.get();
     }
-    if (is.good()) {
+    if (c != kEnd) {
         ident.read_to_delim(is, '=');
         tidy_keyword(ident);
         if (!is.fail()) return true;
@@ -388,6 +411,16 @@ bool get_int(std::istream& is, int& value) {
     return true;
 }
 
+bool get_plain_word(std::istream& is, my_string& word) {
+    while (is.peek() == ' ' || is.peek() == '\t')
+        is.get();
+    std::string read;
+    for (int c = is.peek(); c != kEnd && !is_white(c); c = is.peek())
+        read += static_cast<char>(is.get());
+    word = text_of(read);
+    return !read.empty();
+}
+
 bool get_word(std::istream& is, my_string& word) {
     const int c = next_on_line(is);
     if (c == '#') drop_rest_of_line(is);
@@ -404,7 +437,7 @@ bool test_end_of_line(std::istream& is) {
 }
 
 int get_next_subsection(std::istream& is, my_string& name) {
-    if (!go_behind_bracket(is)) {
+    if (!go_behind_any_bracket(is)) {
         is.clear();
         return kNoSubSection;
     }
@@ -414,8 +447,9 @@ int get_next_subsection(std::istream& is, my_string& name) {
         return kNoSubSection;
     }
     is.get();
-    name = bracketed_name(is);
-    drop_rest_of_line(is);
+    name.read_to_delim(is, ']');
+    name.to_lower();
+    is.ignore(kDroppedAtMost, '\n');
     const auto known = std::find_if(SubSections.begin(), SubSections.end(),
                                     [&name](const char* one) { return name == one; });
     if (known != SubSections.end()) return static_cast<int>(known - SubSections.begin()) + 1;

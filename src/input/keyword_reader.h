@@ -55,9 +55,10 @@ bool getValue(my_string const& text, double& value, char const* keyword, int lin
 // Integer part of a value, cut to the range of an int; 0 for one that is no number.
 int whole_part(double value);
 
-// The text between the next pair of double quotes, or of single quotes when no double quote
-// stands behind the "=" sign. No escapes, no nesting. The opening quote is the first of its
-// kind in the whole line, so none may stand before the value.
+// The text between the next pair of double quotes; between single quotes when no double quote
+// stands behind the "=" sign, or when the value begins with a text in single quotes that holds
+// one ('the "old" stock'). No escapes. The opening quote is the first of its kind in the whole
+// line, so none may stand before the value.
 // False with warning 190 and value untouched when a quote is missing.
 bool getQuotedString(my_string const& text, my_string& value, char const* keyword, int line);
 
@@ -118,6 +119,9 @@ bool get_qchar(std::istream& is, char& c);
 // A whole number without sign on this line; false when none follows.
 bool get_int(std::istream& is, int& value);
 
+// What stands on this line up to white space, which stays; false when the line ends first.
+bool get_plain_word(std::istream& is, my_string& word);
+
 // A word on this line, in lower case; false when the line ends or another character comes.
 bool get_word(std::istream& is, my_string& word);
 
@@ -126,11 +130,12 @@ bool test_end_of_line(std::istream& is);
 
 // Goes to the next subsection and gives its number (see SubSectionNumber), its lower-case
 // name in `name`. 0 at the end of the stream, for an unknown name (error 105), and for a
-// section in single brackets (error 104).
+// section in single brackets (error 104). Of a comment, and of the line behind a name, 80
+// characters at most are dropped: what follows them is read as text.
 int get_next_subsection(std::istream& is, my_string& name);
 
-// Goes forward to a section, a subsection and a keyword, in any case of letters; an empty
-// one skips its level. The stream is then behind the bracket or the "=" sign.
+// Goes forward to a section, a subsection and a keyword, each at the beginning of a line, in any
+// case of letters; an empty one skips its level. The stream is then behind the bracket or the "=" sign.
 // False with error 102 when it is not found; the stream's state is then cleared, so that
 // callers must not test fail() afterwards.
 bool position_after(std::istream& is, my_string section, my_string subsection, my_string keyword);

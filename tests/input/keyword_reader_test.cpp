@@ -100,13 +100,28 @@ TEST_F(LineReader, QuotedStringInEitherKindOfQuotes) {
     my_string value;
     EXPECT_TRUE(getQuotedString("Title = \"two words\" rest", value, "Title", 1));
     EXPECT_EQ(value.view(), "two words");
-    EXPECT_TRUE(getQuotedString("Title='it is \"it\"", value, "Title", 1));
-    // A double quote decides for double quotes: the single ones are then plain characters.
-    EXPECT_EQ(value.view(), "it");
     EXPECT_TRUE(getQuotedString("Title='single'", value, "Title", 1));
     EXPECT_EQ(value.view(), "single");
     EXPECT_TRUE(getQuotedString("Title=\"\"", value, "Title", 1));
     EXPECT_EQ(value.view(), "");
+}
+
+TEST_F(LineReader, SingleQuotesMayHoldDoubleOnes) {
+    my_string value;
+    EXPECT_TRUE(getQuotedString("Title= 'the \"old\" stock' rest", value, "Title", 1));
+    EXPECT_EQ(value.view(), "the \"old\" stock");
+    EXPECT_TRUE(getQuotedString("Title=\"it's 'it'\"", value, "Title", 1));
+    EXPECT_EQ(value.view(), "it's 'it'");
+    EXPECT_TRUE(reports.all().empty());
+}
+
+// Single quotes that do not enclose the double ones are plain characters.
+TEST_F(LineReader, DoubleQuotesGoFirstElsewhere) {
+    my_string value;
+    for (const char* line : {"Title='it is \"it\"", "Title=is' \"it\"'", "Title='is' \"it\""}) {
+        EXPECT_TRUE(getQuotedString(line, value, "Title", 1)) << line;
+        EXPECT_EQ(value.view(), "it") << line;
+    }
 }
 
 TEST_F(LineReader, QuotedStringStartsAtTheFirstQuoteOfTheWholeLine) {
@@ -220,6 +235,16 @@ TEST_F(TokenReader, NextIdentIsLowerCaseAndCutAtItsBlank) {
     EXPECT_EQ(is.peek(), '[');
 }
 
+TEST_F(TokenReader, NextIdentPassesOverCommentsBehindStrayCharacters) {
+    std::istringstream is("} # Title=\"no\"\n) # [Data]\nNbLoci\t=4 } # [\n[[Samples]]");
+    my_string ident;
+    EXPECT_TRUE(get_next_ident(is, ident));
+    EXPECT_EQ(ident.view(), "nbloci");
+    is.get();
+    EXPECT_FALSE(get_next_ident(is, ident));
+    EXPECT_EQ(rest(is), "[[Samples]]");
+}
+
 TEST_F(TokenReader, NextIdentAtTheEndIsAStar) {
     std::istringstream is(" # nothing");
     my_string ident("old");
@@ -247,6 +272,27 @@ TEST_F(TokenReader, QuotedStrings) {
     }
     EXPECT_FALSE(get_qstring(is, text));
     EXPECT_EQ(is.peek(), '{');
+}
+
+TEST_F(TokenReader, TabEndsABareWord) {
+    std::istringstream is("\tsample1\tsample2\t}");
+    my_string text;
+    EXPECT_TRUE(get_qstring(is, text));
+    EXPECT_EQ(text.view(), "sample1");
+    EXPECT_TRUE(get_qstring(is, text));
+    EXPECT_EQ(text.view(), "sample2");
+    EXPECT_FALSE(get_qstring(is, text));
+}
+
+TEST_F(TokenReader, PlainWordEndsAtWhiteSpace) {
+    my_string word;
+    std::istringstream is(" \t.5\t-9\r\n1");
+    EXPECT_TRUE(get_plain_word(is, word));
+    EXPECT_EQ(word.view(), ".5");
+    EXPECT_TRUE(get_plain_word(is, word));
+    EXPECT_EQ(word.view(), "-9");
+    EXPECT_FALSE(get_plain_word(is, word));
+    EXPECT_EQ(rest(is), "\r\n1");
 }
 
 TEST_F(TokenReader, BareWordEndsAtAClosingBrace) {
@@ -339,6 +385,26 @@ TEST_F(TokenReader, UnknownSubsectionAndSingleBracket) {
     ASSERT_EQ(reports.all().size(), 2u);
     EXPECT_EQ(reports.all()[0], (Report{Error, "get_next_subsection() (\"nonsense\"", 105}));
     EXPECT_EQ(reports.all()[1], (Report{Error, "get_next_subsection()", 104}));
+}
+
+// What lies further behind is read as text again.
+TEST_F(TokenReader, SubsectionsDropEightyCharactersOfAComment) {
+    my_string name;
+    const std::string comment = "#" + std::string(79, 'x');
+    std::istringstream within(comment + "[\n[[Samples]]");
+    EXPECT_EQ(get_next_subsection(within, name), kSubSamples);
+    std::istringstream beyond(comment + "x[[Mantel]]\n[[Samples]]");
+    EXPECT_EQ(get_next_subsection(beyond, name), kSubMantel);
+    std::istringstream behind("[[Samples]]" + std::string(79, 'x') + "[[Mantel]]\n");
+    EXPECT_EQ(get_next_subsection(behind, name), kSubSamples);
+    EXPECT_EQ(get_next_subsection(behind, name), kSubMantel);
+}
+
+TEST_F(TokenReader, PositionAfterTakesNoBracketWithinAValue) {
+    std::istringstream is("[Profile]\nTitle=\"a [Data] of [[Samples]]\"\n [Data] [[Samples]]\nx");
+    EXPECT_TRUE(position_after(is, "Data", "", ""));
+    EXPECT_TRUE(go_to_sub_section(is, "Samples"));
+    EXPECT_EQ(rest(is), "\nx");
 }
 
 TEST_F(TokenReader, PositionAfterWalksForward) {
