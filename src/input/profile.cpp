@@ -1,8 +1,10 @@
 #include "input/profile.h"
 
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <ostream>
+#include <string>
 
 #include "foundation/format_guard.h"
 #include "foundation/message_codes.h"
@@ -86,6 +88,14 @@ const char* separator_name(char separator) {
 void write_quoted(std::ostream& os, my_string const& text) {
     const char quote = text.contains('"') ? '\'' : '"';
     os << quote << text << quote << '\n';
+}
+
+// The shortest text that is read as the same number again.
+std::string shortest(double value) {
+    std::array<char, 32> text{};
+    const std::to_chars_result end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general);
+    return std::string(text.data(), end.ptr);
 }
 
 void write_separator(std::ostream& os, char separator) {
@@ -192,8 +202,8 @@ bool ProfileSettings::read_GenotypicData(std::ifstream& is) {
 }
 
 bool ProfileSettings::read_DataType(std::ifstream& is) {
-    my_string word;
-    if (get_qstring(is, word) && data_type_from_text(word, DataType)) return true;
+    // The whole line, since a word may be set apart from its comment by a TAB.
+    if (data_type_from_text(rest_of_line(is), DataType)) return true;
     DataType = STANDARD;
     return warn("ProfileSettings::read_DataType()", kInvalidDataTypeKeyword);
 }
@@ -288,7 +298,7 @@ bool ProfileSettings::read_dist_mat(std::ifstream& is) {
 
 std::ostream& operator<<(std::ostream& os, ProfileSettings const& profile) {
     const FormatGuard guard(os);
-    os << "[Profile]\n\n\tTitle=";
+    os << std::dec << std::noshowpos << "[Profile]\n\n\tTitle=";
     write_quoted(os, profile.Title);
     os << "\tNbSamples=" << profile.NbSamples << '\n'
        << "\tGenotypicData=" << profile.GenotypicData << '\n'
@@ -301,8 +311,8 @@ std::ostream& operator<<(std::ostream& os, ProfileSettings const& profile) {
        << "\tRecessiveData=" << profile.RecessiveData << '\n'
        << "\tRecessiveAllele=";
     write_quoted(os, profile.RecessiveAllele);
-    os << "\tFrequencyThreshold=" << profile.FrequencyThreshold << '\n'
-       << "\tEpsilonValue=" << profile.EpsilonValue << "\n\n";
+    os << "\tFrequencyThreshold=" << shortest(profile.FrequencyThreshold) << '\n'
+       << "\tEpsilonValue=" << shortest(profile.EpsilonValue) << "\n\n";
     return os;
 }
 

@@ -24,18 +24,27 @@ std::ostream& log_at(ProfileLine const& line) {
     return *_AOS_ << "\tProject file, Line #" << line.number;
 }
 
-// What stands behind the "=" sign, for a message.
+// What stands behind the "=" sign.
 my_string written_value(ProfileLine const& line) {
     return line.text.extract_after('=');
 }
 
-// The one character in quotes, blanks aside, of a line that has a "=" sign.
-bool quoted_character(ProfileLine const& line, char& c, const char* keyword) {
-    my_string value;
-    if (!getQuotedString(line.text, value, keyword, line.number)) return false;
-    value.remove_blanks();
-    if (value.length() != 1) return false;
-    c = value[0];
+// The text in quotes of a line that has a "=" sign. Without quotes it is false, and `value` is
+// what was written, for a message.
+bool quoted_value(ProfileLine const& line, my_string& value, const char* keyword) {
+    if (getQuotedString(line.text, value, keyword, line.number)) return true;
+    value = written_value(line);
+    return false;
+}
+
+// The one character in quotes, blanks aside, of a line that has a "=" sign. `value` is what
+// was written, for a message.
+bool quoted_character(ProfileLine const& line, char& c, my_string& value, const char* keyword) {
+    if (!quoted_value(line, value, keyword)) return false;
+    my_string character = value;
+    character.remove_blanks();
+    if (character.length() != 1) return false;
+    c = character[0];
     return true;
 }
 
@@ -98,11 +107,12 @@ LineOutcome take_genotypic_data(ProfileLine const& line, ProfileSettings& profil
 
 LineOutcome take_locus_separator(ProfileLine const& line, ProfileSettings& profile) {
     if (separator_word(line.upper, profile.LocusSeparator)) return LineOutcome::kTaken;
-    if (quoted_character(line, profile.LocusSeparator, "LocusSeparator")) return LineOutcome::kTaken;
+    my_string value;
+    if (quoted_character(line, profile.LocusSeparator, value, "LocusSeparator")) return LineOutcome::kTaken;
     profile.LocusSeparator = ' ';
     report(Warning, "ProfileSettings::read_LocusSeparator()", kInvalidLocusSeparator);
-    log_at(line) << " : Invalid value ('" << written_value(line)
-                 << "\") assigned to keyword \"LocusSeparator\"" << std::endl;
+    log_at(line) << " : Invalid value ('" << value << "\") assigned to keyword \"LocusSeparator\""
+                 << std::endl;
     return LineOutcome::kTaken;
 }
 
@@ -119,7 +129,7 @@ LineOutcome take_recessive_data(ProfileLine const& line, ProfileSettings& profil
 
 LineOutcome take_recessive_allele(ProfileLine const& line, ProfileSettings& profile) {
     my_string value;
-    if (getQuotedString(line.text, value, "RecessiveAllele", line.number) && is_recessive_allele(value)) {
+    if (quoted_value(line, value, "RecessiveAllele") && is_recessive_allele(value)) {
         profile.RecessiveAllele = value;
         return LineOutcome::kTaken;
     }
@@ -131,11 +141,11 @@ LineOutcome take_recessive_allele(ProfileLine const& line, ProfileSettings& prof
 }
 
 LineOutcome take_missing_data(ProfileLine const& line, ProfileSettings& profile) {
-    if (quoted_character(line, profile.MissingData, "MissingData")) return LineOutcome::kTaken;
+    my_string value;
+    if (quoted_character(line, profile.MissingData, value, "MissingData")) return LineOutcome::kTaken;
     profile.MissingData = kDefaultMissingData;
     report(Warning, "ProfileSettings::read_MissingData()", kMissingMissingData);
-    log_at(line) << " : Invalid value (\"" << written_value(line) << "\") assigned to keyword \"MissingData\""
-                 << std::endl;
+    log_at(line) << " : Invalid value (\"" << value << "\") assigned to keyword \"MissingData\"" << std::endl;
     return LineOutcome::kTaken;
 }
 

@@ -163,6 +163,15 @@ TEST_F(ProfileLine, UnquotedSeparatorIsABlankWithWarning82) {
         log.holds("\tProject file, Line #4 : Invalid value ('X\") assigned to keyword \"LocusSeparator\"\n"));
 }
 
+TEST_F(ProfileLine, RefusedValuesAreToldAsWritten) {
+    take("LocusSeparator=\"a b\"");
+    EXPECT_TRUE(log.holds(" : Invalid value ('a b\") assigned to keyword \"LocusSeparator\"\n"));
+    take("RecessiveAllele=plain");
+    EXPECT_TRUE(log.holds(" : Invalid value (\"plain\") assigned to keyword \"RecessiveAllele\"\n"));
+    take("MissingData=");
+    EXPECT_TRUE(log.holds(" : Invalid value (\"\") assigned to keyword \"MissingData\"\n"));
+}
+
 TEST_F(ProfileLine, QuotedBlankSeparatorIsABlankWithWarning82) {
     take("LocusSeparator=\" \"");
     EXPECT_EQ(profile.LocusSeparator, ' ');
@@ -186,7 +195,7 @@ TEST_F(ProfileLine, BadMissingDataIsAQuestionMark) {
     ASSERT_EQ(reports.all().size(), 1u);
     EXPECT_EQ(reports.all()[0], (Report{Warning, "ProfileSettings::read_MissingData()", 78}));
     EXPECT_EQ(log.text(),
-              "\tProject file, Line #4 : Invalid value (\"\"ab\"\") assigned to keyword \"MissingData\"\n");
+              "\tProject file, Line #4 : Invalid value (\"ab\") assigned to keyword \"MissingData\"\n");
 }
 
 TEST_F(ProfileLine, CompDistMatrixIsObsolete) {

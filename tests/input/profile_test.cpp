@@ -200,6 +200,26 @@ TEST_F(Profile, WrittenSectionIsReadAgain) {
     EXPECT_EQ(profile.EpsilonValue, 1e-4);
 }
 
+TEST_F(Profile, DataTypeMayBeFollowedByATabAndAComment) {
+    EXPECT_TRUE(read("[Profile]\nDataType=RFLP\t# not DNA\n NbSamples=2\n"));
+    EXPECT_EQ(profile.DataType, RFLP);
+    EXPECT_EQ(profile.NbSamples, 2);
+    EXPECT_TRUE(reports.all().empty());
+}
+
+TEST_F(Profile, NumbersAreWrittenInFullWhateverTheFormatOfTheStream) {
+    profile.NbSamples = 17;
+    profile.FrequencyThreshold = 1.2345678901234e-5;
+    profile.EpsilonValue = 0.1;
+    std::ostringstream text;
+    text << std::hex << std::showpos << std::fixed << profile;
+    EXPECT_NE(text.str().find("NbSamples=17\n"), std::string::npos) << text.str();
+    EXPECT_NE(text.str().find("FrequencyThreshold=1.2345678901234e-05\n\tEpsilonValue=0.1\n"),
+              std::string::npos)
+        << text.str();
+    EXPECT_TRUE(text.flags() & std::ios_base::hex);
+}
+
 TEST_F(Profile, SeparatorsAreWrittenAsWords) {
     const auto written = [](char separator) {
         ProfileSettings p;
