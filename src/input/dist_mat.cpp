@@ -18,10 +18,12 @@ namespace mnd {
 
 namespace {
 
-// Passes over a value: the rest of the line, or a block in braces, which ends at the latest
-// where another section begins.
+// Passes over a value: the rest of the line, or a block in braces, which may begin on a later
+// line and ends at the latest where another section begins.
 void pass_over_value(std::istream& is) {
+    const bool empty_line = test_end_of_line(is);
     const bool block = peek_beyond_comments(is) == '{';
+    if (empty_line && !block) return;
     const char end = block ? '}' : '\n';
     for (int c = is.peek(); c != -1; c = is.peek()) {
         if (block && c == '[') return;
@@ -48,7 +50,6 @@ DistMat& DistMat::operator=(const DistMat& other) {
     MatrixSize = other.MatrixSize;
     LabelPosition = other.LabelPosition;
     labels = other.labels;
-    conventional = 0;
     TriMat::operator=(other);
     return *this;
 }

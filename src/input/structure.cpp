@@ -1,5 +1,6 @@
 #include "input/structure.h"
 
+#include <cctype>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -36,6 +37,17 @@ bool go_behind(std::istream& is, char c) {
     return false;
 }
 
+// Consumes up to and with a "}" that comes before the next letter or digit; false without it.
+bool go_behind_closing_brace(std::istream& is) {
+    constexpr int kAscii = 0x80;
+    for (int next = peek_beyond_comments(is); next != -1; next = peek_beyond_comments(is)) {
+        if (next < kAscii && std::isalnum(next) != 0) return false;
+        is.get();
+        if (next == '}') return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 Structure::Structure() = default;
@@ -52,8 +64,7 @@ Structure& Structure::operator=(const Structure& other) = default;
 Structure::~Structure() = default;
 
 void Structure::initialize(ProfileSettings const* profile) {
-    NbSamples = 0;
-    NbGroups = 0;
+    reset();
     if (profile == nullptr) return;
     ProfileSettings::operator=(*profile);
     NbGroups = profile->NbGroups;
@@ -101,7 +112,8 @@ int Structure::explore(std::ifstream& is, char const* out_name) {
 int Structure::explore_content(std::ifstream& is, my_string keyword, std::ofstream& out) {
     my_string dropped;
     if (keyword == "structurename") {
-        return get_qstring(is, dropped) ? 1 : refuse(kExploreContent, kInvalidHaplotypeStructureName);
+        const bool named = get_qstring(is, dropped) && (!(dropped == "EXTERN") || get_qstring(is, dropped));
+        return named ? 1 : refuse(kExploreContent, kInvalidHaplotypeStructureName);
     }
     if (keyword == "distmatlabel") {
         return get_qstring(is, dropped) ? 1 : refuse(kExploreContent, kInvalidHaplotypeDistMatLabel);
@@ -113,13 +125,13 @@ int Structure::explore_content(std::ifstream& is, my_string keyword, std::ofstre
 }
 
 int Structure::explore_nb_groups(std::ifstream& is, std::ostream& out) {
-    int declared = 0;
+    long long declared = 0;
     if (!(is >> declared)) return refuse(kExploreContent, kInvalidStructureNbGroups);
     if (declared < 0 || declared > kMaxExploredGroups) {
         // Told, but reading goes on with the number as it was.
         report(Error, kExploreContent, kInvalidStructureNbGroups);
     } else {
-        NbGroups = declared;
+        NbGroups = static_cast<std::int32_t>(declared);
     }
     out << NbGroups << '\n';
     return 1;
@@ -139,8 +151,7 @@ int Structure::explore_group(std::ifstream& is, std::ostream& out) {
         out << sample << '\n';
     // Kept on purpose: this report names no function.
     // Test: StructureExplore.MissingClosingBraceNamesBuf
-    if (peek_beyond_comments(is) != '}') return refuse("buf", kMissingGroupClosingBrace);
-    is.get();
+    if (!go_behind_closing_brace(is)) return refuse("buf", kMissingGroupClosingBrace);
     out << "}\n";
     ++NbGroupsRead;
     return 1;

@@ -13,6 +13,7 @@
 namespace mnd {
 
 class Population;
+class Samples;
 
 // Groups finished so far by the token reader.
 extern std::int32_t NbGroupsRead;
@@ -40,7 +41,8 @@ public:
     Structure& operator=(const Structure& other);
     ~Structure();
 
-    // Takes the profile, and NbGroups from it, with NbSamples 0; null sets both counts to 0.
+    // Gives up all groups, then takes the profile, and NbGroups from it, with NbSamples 0; null
+    // sets both counts to 0.
     void initialize(ProfileSettings const* profile);
 
     // Gives up all groups; both counts become 0.
@@ -51,6 +53,22 @@ public:
 
     // 1 when that very sample stands in a group, else 0.
     int has_population(const Population* p) const;
+
+    // Reads the section line by line, from the line behind its heading up to "[MANTEL]", a group
+    // more than declared, or the end of the file (structure_section.cpp). Names of samples stand in
+    // double quotes.
+    //   line_no  running line number of the project
+    //   line     holds the line that stopped the reader, which the caller goes on to classify
+    //   *_seen   set when the keyword was met
+    // Result: 1, or 0 after a report and a text in the log. On success every declared group is there,
+    //         though it may be empty when "[MANTEL]" came first.
+    int NewReadStructure(std::ifstream& file, ProfileSettings& profile, Samples& samples, int& line_no,
+                         my_string& line, bool& name_seen, bool& nbgroups_seen, bool& individual_level_seen,
+                         bool& group_seen);
+
+    // Makes this the structure `source` over other samples, found by their names (structure_section.cpp).
+    // Result: 1, or 0 after a text in the log when a sample is not among them
+    int build_one_loci_str(Samples* one_locus_samples, Structure* source);
 
     // Lists the structure without knowing its samples: writes NbGroups and, between braces,
     // the sample names of each group, a line each, to the file out_name, which is truncated.

@@ -172,6 +172,13 @@ TEST_F(DistMatExplore, NoMatrix) {
     EXPECT_EQ(matrix.MatrixName.view(), "none");
 }
 
+TEST_F(DistMatExplore, EmptyValueEndsWithItsLine) {
+    EXPECT_EQ(explore("MatrixSize= # none\nMatrixData={\n0\n1 0\n}\n[[Samples]]"), 1);
+    EXPECT_EQ(matrix.MatrixName.view(), "Defined In project file");
+    EXPECT_EQ(explore("HaplLabels= # below\n{\n a\n b }\nMatrixSize=2\n[[Samples]]"), 1);
+    EXPECT_EQ(next, '[');
+}
+
 TEST_F(DistMatExplore, UnclosedMatrixEndsAtTheNextSection) {
     EXPECT_EQ(explore("MatrixData={\n0\n1 0\n[[Samples]]"), 1);
     EXPECT_EQ(next, '[');

@@ -70,6 +70,16 @@ TEST(Structure, TakesNumberOfGroupsFromTheProfile) {
     EXPECT_EQ(structure.NbGroups, 4);
 }
 
+TEST_F(GroupedSamples, InitializeGivesUpTheGroups) {
+    ProfileSettings profile;
+    profile.NbGroups = 9;
+    structure.initialize(&profile);
+    EXPECT_EQ(structure.NbGroups, 9);
+    EXPECT_TRUE(structure.groups.empty());
+    EXPECT_TRUE(structure.group_sizes.empty());
+    EXPECT_EQ(structure.NbSamples, 0);
+}
+
 TEST_F(GroupedSamples, GroupsReferToTheirSamples) {
     EXPECT_EQ(structure.groups[0].owns_elements, 0);
     EXPECT_EQ(structure.groups[0].capacity, 11);
@@ -162,6 +172,19 @@ TEST_F(StructureExplore, ListsTheGroups) {
     EXPECT_TRUE(reports.all().empty());
 }
 
+TEST_F(StructureExplore, ExternalStructureIsDropped) {
+    EXPECT_EQ(explore("StructureName=EXTERN \"groups of old.txt\"\nNbGroups=1\nGroup={\"a\"}\n"), 1);
+    EXPECT_EQ(groups(), "1\n{\na\n}\n");
+    EXPECT_TRUE(reports.all().empty());
+}
+
+TEST_F(StructureExplore, BraceMayFollowAStrayCharacter) {
+    EXPECT_EQ(explore("NbGroups=1\nGroup={ \"a\" ; # end\n }\n"), 1);
+    EXPECT_EQ(groups(), "1\n{\na\n}\n");
+    EXPECT_EQ(explore("NbGroups=1\nGroup={ \"a\", \"b\" }\n"), 0);
+    EXPECT_EQ(reports.all()[0], (Report{Error, "buf", 52}));
+}
+
 TEST_F(StructureExplore, SurplusGroupsAreSkipped) {
     EXPECT_EQ(explore("NbGroups=1\nGroup={\"a\"}\nGroup={\"b\" \"c\"}\n"), 1);
     EXPECT_EQ(groups(), "1\n{\na\n}\n");
@@ -185,6 +208,14 @@ TEST_F(StructureExplore, TooManyGroupsAreToldAndReadingGoesOn) {
     ASSERT_EQ(reports.all().size(), 1u);
     EXPECT_EQ(reports.all()[0], (Report{Error, "Structure::explore_content()", 47}));
     EXPECT_EQ(groups(), "0\n1\n{\na\n}\n");
+    EXPECT_EQ(explore("NbGroups=1\nNbGroups=99999999999\nNbGroups=-1\nGroup={\"a\"}\n"), 1);
+    EXPECT_EQ(groups(), "1\n1\n1\n{\na\n}\n");
+}
+
+TEST_F(StructureExplore, ThousandGroupsAreStored) {
+    EXPECT_EQ(explore("NbGroups=1000\n"), 0);
+    EXPECT_EQ(structure.NbGroups, 1000);
+    EXPECT_EQ(groups(), "1000\n");
 }
 
 TEST_F(StructureExplore, MissingOpeningBrace) {
