@@ -73,6 +73,11 @@ public:
     // Returns: false when the file is not usable; the log says why
     bool newOpen();
 
+    // Reads the project file `settings::input_file` in its older, free-form syntax
+    // (project_free_form.cpp). Subsections other than haplotype list and samples are passed over.
+    // Returns: false after the first fault, which is reported
+    bool open();
+
     // Writes the sections that were read to `the_settings.backup_file_name`, when
     // `backup_written` is set (project_opening.cpp).
     // Returns: false when the file can't be opened (error 133)

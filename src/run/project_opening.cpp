@@ -21,13 +21,13 @@
 #include "run/errors.h"
 #include "run/process.h"
 #include "run/project.h"
+#include "run/section_order.h"
 
 namespace mnd {
 
 namespace {
 
 constexpr char kOrigin[] = "Project::newOpen()";
-constexpr char kOpenOrigin[] = "Project::open()";
 
 // Rows of a matrix beyond which none is made: its cells alone would take 0.9 GB.
 constexpr int kMaxMatrixRows = 15000;
@@ -48,22 +48,6 @@ struct SectionsSeen {
     bool sample_data = false;
     bool structure = false;
 };
-
-// A section that refers to samples, and what is said when there are none.
-struct SampleSection {
-    int code;
-    const char* before_samples;
-    const char* without_samples;
-};
-
-constexpr SampleSection kStructureSection = {
-    kStructureWithoutSamples,
-    "[STRUCTURE] section defined before the [SAMPLES] section. Aborting reading project",
-    "No samples were defined before the [STRUCTURE] section. Aborting reading project"};
-
-constexpr SampleSection kMantelSection = {
-    kMantelWithoutSamples, "[MANTEL] section defined before the [SAMPLES] section. Aborting reading project",
-    "No samples were defined before the [MANTEL] section. Aborting reading project"};
 
 // One pass over a project file. Every step is false when the reading has to stop.
 class ProjectReader {
@@ -99,7 +83,7 @@ private:
     bool read_samples();
     bool take_structure();
     bool take_mantel();
-    bool samples_stand_before(SampleSection const& section);
+    bool needs_samples(SampleSection const& section);
 
     bool check_all_seen() const;
     bool check_profile_seen() const;
@@ -262,7 +246,11 @@ bool ProjectReader::read_external_hapl_list() {
 bool ProjectReader::open_external(std::ifstream& external, my_string& name, const char* keyword) {
     const bool named = getQuotedString(line_, name, keyword, line_no_) && !name.is_null();
     if (named) external = open_external_file(name, &project_.the_settings);
-    if (external.is_open()) return true;
+    external.peek();  // a folder opens, but can't be read
+    if (external.is_open() && !external.bad()) {
+        external.clear();
+        return true;
+    }
     *_AOS_ << "\tWarning: External file \"" << name << "\" listed on line " << line_no_
            << " cannot be open. Check that it exists. Aborting reading project" << std::endl;
     report(Error, kOrigin, kUnreadableExternalDistanceMatrix);
@@ -393,15 +381,14 @@ bool ProjectReader::read_samples() {
     return true;
 }
 
-bool ProjectReader::samples_stand_before(SampleSection const& section) {
-    if (seen_.samples && project_.samples->populations.count > 0) return true;
-    *_AOS_ << (seen_.samples ? section.without_samples : section.before_samples) << std::endl;
-    report(Error, kOpenOrigin, section.code);
-    return stop("a section that needs samples stands before them");
+// Tests that samples were read before a section that refers to them.
+bool ProjectReader::needs_samples(SampleSection const& section) {
+    return samples_stand_before(section, seen_.samples, *project_.samples) ||
+           stop("a section that needs samples stands before them");
 }
 
 bool ProjectReader::take_structure() {
-    if (!samples_stand_before(kStructureSection)) return false;
+    if (!needs_samples(kStructureSection)) return false;
     *_AOS_ << "\tReading genetic structure ..." << std::endl;
     const std::clock_t start = std::clock();
     static_cast<ProfileSettings&>(*project_.structure) = project_;
@@ -413,7 +400,7 @@ bool ProjectReader::take_structure() {
 }
 
 bool ProjectReader::take_mantel() {
-    if (!samples_stand_before(kMantelSection)) return false;
+    if (!needs_samples(kMantelSection)) return false;
     *_AOS_ << "\tReading mantel section ..." << std::endl;
     const std::clock_t start = std::clock();
     static_cast<ProfileSettings&>(project_.mantel) = project_;

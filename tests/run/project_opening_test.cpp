@@ -93,6 +93,23 @@ TEST_F(Opening, KeywordsInAnyCaseAndLayout) {
     EXPECT_EQ(project.samples->populations.count, 1);
 }
 
+TEST_F(Opening, BlankWithinTheBracketsHidesASection) {
+    EXPECT_FALSE(open(kProfile + std::string("[Data]\n[[ Samples ]]\nSampleName=\"one\"\n")));
+    EXPECT_TRUE(log.holds("\tSection \"Samples\" not found in project."));
+    EXPECT_FALSE(open("[ Profile ]\nNbSamples=1\n"));
+    EXPECT_TRUE(log.holds("\t[PROFILE] section not defined. Check your project file.\n"));
+}
+
+TEST_F(Opening, TitleMayHoldDoubleQuotesWithinSingleOnes) {
+    ASSERT_TRUE(open_data("Title='The \"old\" stock'\n"));
+    EXPECT_EQ(project.Title.view(), "The \"old\" stock");
+    project.backup_written = true;
+    project.the_settings.backup_file_name = (folder / "p.bac").c_str();
+    ASSERT_TRUE(project.write());
+    ASSERT_TRUE(open_file((folder / "p.bac").string()));
+    EXPECT_EQ(project.Title.view(), "The \"old\" stock");
+}
+
 TEST_F(Opening, HaplotypeListComesFirst) {
     ASSERT_TRUE(
         open_data("[[HaplotypeDefinition]]\nHaplListName=\"all\"\nHaplList={\nh1 a b\nh2 a c\nh3 c c\n}\n"))
@@ -297,6 +314,13 @@ TEST_F(Opening, MissingExternalFilesStop) {
     EXPECT_TRUE(log.holds("\tWarning: External file \"none.dis\" listed on line 11 cannot be open. "));
     EXPECT_FALSE(open_data("[[HaplotypeDefinition]]\nHaplList=EXTERN none.hap\n"));
     EXPECT_TRUE(reported(Warning, 190, "readStringContent(...)"));
+}
+
+TEST_F(Opening, FolderIsNoExternalFile) {
+    std::filesystem::create_directory(folder / "list.hap");
+    EXPECT_FALSE(open_data("[[HaplotypeDefinition]]\nHaplList=EXTERN \"list.hap\"\n"));
+    EXPECT_TRUE(log.holds("\tWarning: External file \"list.hap\" listed on line 10 cannot be open. "));
+    EXPECT_TRUE(reported(Error, 200));
 }
 
 TEST_F(Opening, ExternIsMatchedAsWritten) {
