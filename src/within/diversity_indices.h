@@ -49,6 +49,8 @@ double sd_gene_diversity(const std::vector<double>& frequencies, double n);
 Estimate theta_from_homozygosity(double h, double sd_h);
 
 // theta from S segregating sites among n gene copies, without recombination; 0 for n below 2.
+// Of sequences the sites with substitutions count, as in Tajima's test, and not those with
+// indels alone.
 //
 //   S/a1,  s.d. = sqrt((a1^2 S + a2 S^2) / (a1^2 (a1^2 + a2))),  a1 = sum 1/i, a2 = sum 1/i^2, i < n
 //
