@@ -1,7 +1,6 @@
 #include "between/amova.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <ctime>
 #include <sstream>
@@ -12,6 +11,7 @@
 #include "foundation/clock_time.h"
 #include "input/dist_mat.h"
 #include "input/structure.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 #include "model/samples.h"
 #include "results/tree_script.h"
@@ -46,6 +46,11 @@ my_string time_stamp() {
     const std::time_t now = std::time(nullptr);
     std::strftime(text, sizeof text, "%d/%m/19%y at %H:%M:%S)", std::localtime(&now));
     return my_string(text);
+}
+
+// Whole number of copies or individuals, 0 for a negative one.
+std::size_t whole_number(double count) {
+    return static_cast<std::size_t>(std::max(integer_part(count), 0));
 }
 
 std::size_t listed_copies(const Population& sample) {
@@ -224,7 +229,7 @@ void Amova::allocate_arrays() {
     std::size_t copies = 0;
     for (Population* sample : all_pops) {
         sample->CreatePermutationVectors(dist->MatrixSize);
-        copies += std::max(listed_copies(*sample), static_cast<std::size_t>(sample->sample_size));
+        copies += std::max(listed_copies(*sample), whole_number(sample->sample_size));
     }
     SSD_groups.create(static_cast<int>(G));
     SSD_pops.create(static_cast<int>(P));
@@ -232,13 +237,13 @@ void Amova::allocate_arrays() {
     pop_Fst.assign(P, 0.0);
     pop_Fis.assign(P, 0.0);
     pop_Fis_hits.assign(P, 0.0);
-    haplo_index.assign(std::max(copies, static_cast<std::size_t>(N_genes)) + P + 1, 0);
+    haplo_index.assign(std::max(copies, whole_number(N_genes)) + P + 1, 0);
     N_units = individual_level != 0 ? N_genes / 2.0 : N_genes;
     ind_F.clear();
     ind_d.clear();
     if (individual_level == 0) return;
-    ind_F.assign(static_cast<std::size_t>(N_units), 0.0);
-    ind_d.assign(static_cast<std::size_t>(N_units), 0.0);
+    ind_F.assign(whole_number(N_units), 0.0);
+    ind_d.assign(whole_number(N_units), 0.0);
 }
 
 void Amova::clean() {

@@ -7,6 +7,7 @@
 #include "between/amova.h"
 #include "between/amova_designs.h"
 #include "between/amova_tests.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 #include "run/errors.h"
 
@@ -15,7 +16,7 @@ namespace mnd {
 namespace {
 
 bool set_degrees_of_freedom(Amova& analysis) {
-    const int I = static_cast<int>(analysis.N_units);
+    const int I = integer_part(analysis.N_units);
     analysis.df = {I - 1, I, 0, 0};
     return I != 1 && I != 0;
 }

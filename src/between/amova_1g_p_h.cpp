@@ -9,6 +9,7 @@
 #include "between/amova_designs.h"
 #include "between/amova_tables.h"
 #include "between/amova_tests.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 #include "run/errors.h"
 #include "run/settings.h"
@@ -20,7 +21,7 @@ namespace {
 bool set_degrees_of_freedom(Amova& analysis) {
     const int G = static_cast<int>(analysis.group_pops.size());
     const int P = static_cast<int>(analysis.all_pops.size());
-    const int N = static_cast<int>(analysis.N_genes);
+    const int N = integer_part(analysis.N_genes);
     analysis.df = {P - 1, N - P, 0, 0};
     return P != G && N != P;
 }

@@ -6,6 +6,7 @@
 #include "between/amova.h"
 #include "between/amova_designs.h"
 #include "between/amova_tests.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 #include "run/errors.h"
 
@@ -15,7 +16,7 @@ namespace {
 
 bool set_degrees_of_freedom(Amova& analysis) {
     const int P = static_cast<int>(analysis.all_pops.size());
-    const int I = static_cast<int>(analysis.N_units);
+    const int I = integer_part(analysis.N_units);
     analysis.df = {P - 1, I - P, I, 0};
     return P != 1 && I != P && I != 0;
 }

@@ -6,6 +6,7 @@
 #include "between/amova.h"
 #include "between/amova_designs.h"
 #include "between/amova_tests.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 #include "run/errors.h"
 
@@ -17,7 +18,7 @@ namespace {
 bool set_degrees_of_freedom(Amova& analysis) {
     const int G = static_cast<int>(analysis.group_pops.size());
     const int P = static_cast<int>(analysis.all_pops.size());
-    const int N = static_cast<int>(analysis.N_genes);
+    const int N = integer_part(analysis.N_genes);
     analysis.df = {G - 1, P - G, N - P, 0};
     return G != 1 && G != P && N != P;
 }

@@ -6,6 +6,7 @@
 #include "between/amova.h"
 #include "between/amova_designs.h"
 #include "between/amova_tests.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 
 namespace mnd {
@@ -16,7 +17,7 @@ namespace {
 void set_degrees_of_freedom(Amova& analysis) {
     const int G = static_cast<int>(analysis.group_pops.size());
     const int P = static_cast<int>(analysis.all_pops.size());
-    const int I = static_cast<int>(analysis.N_units);
+    const int I = integer_part(analysis.N_units);
     analysis.df = {G - 1, P - G, I - P, I};
 }
 

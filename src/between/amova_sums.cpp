@@ -1,10 +1,10 @@
 // Sums of squared distances between gene copies, within and between the samples of a structure.
-#include <cmath>
 #include <cstddef>
 
 #include "between/amova.h"
 #include "input/dist_mat.h"
 #include "input/structure.h"
+#include "model/integer_part.h"
 #include "model/population.h"
 
 namespace mnd {
@@ -61,7 +61,7 @@ double ssd_within(const DistMat& D, const Population::AmovaWork& tally) {
 
 // Gene copies of a sample that stand in haplo_index.
 int whole_size(const Population& sample) {
-    return static_cast<int>(sample.sample_size);
+    return integer_part(sample.sample_size);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "foundation/escape.h"
 #include "foundation/format_guard.h"
+#include "model/integer_part.h"
 #include "results/citations.h"
 
 namespace mnd {
@@ -185,7 +186,7 @@ const AmovaLayout& layout_of_design(std::int32_t design) {
 
 std::int32_t degrees_of_freedom_in_total(const Amova& analysis) {
     const bool individuals = layout_of_design(analysis.design).counts_individuals;
-    return static_cast<std::int32_t>(individuals ? analysis.N_units : analysis.N_genes) - 1;
+    return integer_part(individuals ? analysis.N_units : analysis.N_genes) - 1;
 }
 
 void print_amova_heading(std::ostream& out) {
