@@ -3,7 +3,7 @@
 
 #include <cstdint>
 #include <fstream>
-#include <iosfwd>
+#include <istream>
 #include <vector>
 
 #include "foundation/my_string.h"
@@ -38,6 +38,14 @@ public:
 
     // No matrix, no name, no labels; the cells are zeroed, `conventional` becomes 0.
     void reset();
+
+    // Reads labels and rows, from the line behind MatrixData={ to the closing brace
+    // (dist_mat_section.cpp). MatrixSize and LabelPosition must stand. Row r has the r + 1 distances up
+    // to the diagonal, which counts as it is written; more are dropped with a warning.
+    //   external  a file of its own: it needs no brace
+    //   line_no   running line number, raised for each line taken
+    // Result: 1, or 0 after a report and a text in the log
+    int ReadDistanceMatrix(std::istream& is, bool external, int& line_no);
 
     // Finds only where the matrix comes from: MatrixName becomes "none", "Defined In project
     // file", or the name of the external file. The stream stands behind "[[DistanceMatrix]]" and

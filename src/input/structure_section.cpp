@@ -1,0 +1,353 @@
+// The [[Structure]] section: the line reader of the groups, and their copy over other samples.
+#include <algorithm>
+#include <cstddef>
+#include <fstream>
+#include <istream>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "foundation/message_codes.h"
+#include "foundation/report.h"
+#include "input/keyword_reader.h"
+#include "input/structure.h"
+#include "model/population.h"
+#include "model/samples.h"
+#include "run/errors.h"
+
+namespace mnd {
+
+namespace {
+
+constexpr char kReporter[] = "Structure::NewReadStructure()";
+constexpr char kMantelHeading[] = "[MANTEL]";
+
+// Groups beyond which none are made: every group needs a sample.
+constexpr int kMostGroups = 100000;
+
+// The text with all that stands between double quotes left out. A quote that is not closed on the
+// line hides nothing.
+std::string without_quoted_parts(std::string_view text) {
+    std::string plain;
+    while (true) {
+        const std::size_t opening = text.find('"');
+        const std::size_t closing = opening == std::string_view::npos ? opening : text.find('"', opening + 1);
+        plain += text.substr(0, closing == std::string_view::npos ? closing : opening);
+        if (closing == std::string_view::npos) return plain;
+        plain += ' ';
+        text.remove_prefix(closing + 1);
+    }
+}
+
+// Where the first brace of the kind stands outside of quotes; npos for none.
+std::size_t find_unquoted(std::string_view text, char brace) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == brace) return at;
+        if (text[at] != '"') continue;
+        const std::size_t closing = text.find('"', at + 1);
+        if (closing != std::string_view::npos) at = closing;
+    }
+    return std::string_view::npos;
+}
+
+// What a step of the reader says about the rest of the section.
+enum class Outcome { kGoOn, kEndOfLines, kSuccess, kFailure };
+
+// Reads the lines of the section. Each take_ function handles one keyword.
+class StructureReader {
+public:
+    StructureReader(Structure& structure, std::ifstream& file, Samples& samples, int& line_no,
+                    my_string& line)
+        : structure_(structure), file_(file), line_no_(line_no), line_(line) {
+        for (Population* sample : samples.populations)
+            sample_named_.try_emplace(std::string(sample->name.view()), sample);
+    }
+
+    // Reads the next line; false at the end of the lines.
+    bool next_line() { return file_.good() && read_project_line(file_, line_, line_no_); }
+    bool line_too_long();
+    Outcome take_name();
+    Outcome take_number_of_groups();
+    Outcome tell_obsolete_label() const;
+    Outcome tell_obsolete_level() const;
+    Outcome take_group();
+    // The number of groups must be as declared. Returns: 1 or 0
+    int judge_number_of_groups() const;
+    // Makes the groups that were declared and not read.
+    void complete_groups();
+
+private:
+    // How far the braces of a group are.
+    struct Braces {
+        bool open = false;
+        bool closed = false;
+    };
+
+    Outcome bad_number_of_groups();
+    Outcome read_first_line(Braces& braces);
+    Outcome read_group_line(Braces& braces);
+    Outcome read_names(std::string_view text);
+    Outcome place_sample(my_string const& name);
+    Outcome finish_group();
+    bool pass_over_stray_character(std::istream& names) const;
+    void resize_groups();
+    std::size_t group() const { return static_cast<std::size_t>(nb_read_); }
+
+    Structure& structure_;  // not owned
+    std::ifstream& file_;
+    int& line_no_;
+    my_string& line_;
+    int nb_read_ = 0;  // groups finished
+    // The first sample of each name, and the group, from 1, of each sample placed; not owned.
+    std::unordered_map<std::string, Population*> sample_named_;
+    std::unordered_map<const Population*, int> group_of_;
+};
+
+// Called when the lines have come to an end: true when it was a line that does not fit.
+bool StructureReader::line_too_long() {
+    if (!line_was_too_long(file_)) return false;
+    *_AOS_ << "\tLine #" << line_no_ + 1 << " of the Structure section is longer than " << kMaxTextLength - 1
+           << " characters. Aborting reading project." << std::endl;
+    report(Error, kReporter, kInvalidKeywordValue);
+    return true;
+}
+
+Outcome StructureReader::take_name() {
+    if (!checkForPresenceOfEqualSign(line_, "StructureName", line_no_)) return Outcome::kGoOn;
+    if (line_.contains("EXTERN")) {
+        report(Error, kReporter, kExternalStructureNotSupported);
+        *_AOS_ << "\tWarning: External definition of the GENETIC STRUCTURE is not possible anymore.\n"
+               << "\tPlease incorporate it into the project. Skipping reading of the Genetic structure."
+               << std::endl;
+        return Outcome::kEndOfLines;
+    }
+    if (getQuotedString(line_, structure_.StructureName, "StructureName", line_no_)) return Outcome::kGoOn;
+    file_.close();
+    *_AOS_ << "\tWarning: Bad value assigned to StructureName on line " << line_no_ << std::endl;
+    report(Warning, "Structure::NewReadStructure", kInvalidStructureName);
+    return Outcome::kEndOfLines;
+}
+
+Outcome StructureReader::take_number_of_groups() {
+    if (!checkForPresenceOfEqualSign(line_, "NbGroups", line_no_)) return Outcome::kGoOn;
+    double value = 0.0;
+    if (!getValue(line_, value, "NbGroups", line_no_)) return bad_number_of_groups();
+    const int declared = whole_part(value);
+    if (declared < 0 || declared > kMostGroups) return bad_number_of_groups();
+    structure_.NbGroups = declared;
+    if (!structure_.groups.empty()) resize_groups();
+    return Outcome::kGoOn;
+}
+
+Outcome StructureReader::bad_number_of_groups() {
+    file_.close();
+    report(Warning, kReporter, kInvalidStructureNbGroups);
+    return Outcome::kEndOfLines;
+}
+
+Outcome StructureReader::tell_obsolete_label() const {
+    *_AOS_ << "\tWarning: Keyword \"DistMatLabel\" is obsolete. Skipping keyword." << std::endl;
+    return Outcome::kGoOn;
+}
+
+Outcome StructureReader::tell_obsolete_level() const {
+    *_AOS_ << "\tWarning: Keyword \"IndividualLevel\" defined on line " << line_no_
+           << " is obsolete. Activation of this option is now made through the interface." << std::endl;
+    return Outcome::kGoOn;
+}
+
+// A number of groups that comes after the first group changes how many there are.
+void StructureReader::resize_groups() {
+    std::vector<MY_TIArrayAsVector<Population>> before;
+    before.swap(structure_.groups);
+    structure_.allocate_groups();
+    structure_.NbSamples = 0;
+    for (std::size_t g = 0; g < std::min(before.size(), structure_.groups.size()); ++g) {
+        structure_.groups[g] = before[g];
+        structure_.group_sizes[g] = static_cast<std::int32_t>(before[g].count);
+        structure_.NbSamples += structure_.group_sizes[g];
+    }
+}
+
+void StructureReader::complete_groups() {
+    if (structure_.groups.empty()) structure_.allocate_groups();
+}
+
+Outcome StructureReader::take_group() {
+    if (structure_.NbGroups == 0) {
+        *_AOS_ << "\tError: Unexpected \"Group\" section found on line " << line_no_
+               << ". Expected number of group is zero. Check that \"NbGroups\" has "
+               << "been previously defined. Aborting reading project." << std::endl;
+        report(Error, kReporter, kUnknownNumberOfGroups);
+        return Outcome::kFailure;
+    }
+    complete_groups();
+    // One group more than declared ends the section, and nothing is said.
+    if (nb_read_ >= structure_.NbGroups) return Outcome::kSuccess;
+    if (!checkForPresenceOfEqualSign(line_, "Group", line_no_)) return Outcome::kGoOn;
+    structure_.group_sizes[group()] = 0;
+    Braces braces;
+    Outcome outcome = read_first_line(braces);
+    while (outcome == Outcome::kGoOn && !braces.closed && next_line())
+        outcome = read_group_line(braces);
+    if (outcome != Outcome::kGoOn) return outcome;
+    return line_was_too_long(file_) ? Outcome::kEndOfLines : finish_group();
+}
+
+Outcome StructureReader::read_first_line(Braces& braces) {
+    const std::string_view text = line_.view();
+    const std::size_t opening = find_unquoted(text, '{');
+    braces.open = opening != std::string_view::npos;
+    braces.closed = find_unquoted(text, '}') != std::string_view::npos;
+    return read_names(braces.open ? text.substr(opening + 1) : text);
+}
+
+Outcome StructureReader::read_group_line(Braces& braces) {
+    std::string_view text = line_.view();
+    if (upper_copy(my_string(without_quoted_parts(text).c_str())).contains(kMantelHeading))
+        return Outcome::kSuccess;
+    const std::size_t opening = find_unquoted(text, '{');
+    const bool opens = opening != std::string_view::npos;
+    braces.closed = find_unquoted(text, '}') != std::string_view::npos;
+    if (!braces.open && opens) text.remove_prefix(opening + 1);
+    braces.open = braces.open || opens;
+    if (braces.open) return read_names(text);
+    if (!braces.closed) return Outcome::kGoOn;
+    *_AOS_ << "\tError: Missing opening brace in Group #" << nb_read_ << ". Aborting reading project"
+           << std::endl;
+    report(Error, kReporter, kMissingGroupOpeningBrace);
+    return Outcome::kFailure;
+}
+
+// Takes the names of a line, of which one at least must stand in double quotes.
+Outcome StructureReader::read_names(std::string_view text) {
+    if (!line_.contains('"')) return Outcome::kGoOn;
+    std::istringstream names{std::string(text)};
+    my_string name;
+    do {
+        while (get_qstring(names, name)) {
+            const Outcome outcome = place_sample(name);
+            if (outcome != Outcome::kGoOn) return outcome;
+        }
+    } while (pass_over_stray_character(names));
+    return Outcome::kGoOn;
+}
+
+// A character between the names that can't begin one, such as a comma, must not hide the names
+// behind it. False at the end of the names.
+bool StructureReader::pass_over_stray_character(std::istream& names) const {
+    const int c = names.good() ? names.get() : -1;
+    if (c == -1 || c == '}') return false;
+    *_AOS_ << "\tWarning: Character '" << static_cast<char>(c) << "' between the sample names on line "
+           << line_no_ << " is passed over" << std::endl;
+    return true;
+}
+
+// Puts the sample of this name into the group under work.
+Outcome StructureReader::place_sample(my_string const& name) {
+    const auto refuse = [this, &name](std::string const& reason, int code) {
+        *_AOS_ << "\tError: Sample \"" << name << "\" defined in Group #" << nb_read_ + 1 << " on line "
+               << line_no_ << reason << "\tAborting reading project." << std::endl;
+        report(Error, kReporter, code);
+        return Outcome::kFailure;
+    };
+    const auto known = sample_named_.find(std::string(name.view()));
+    if (known == sample_named_.end())
+        return refuse(" has not been defined in the [Samples] section.\n", kUnknownSampleName);
+    Population* sample = known->second;
+    const auto [place, is_new] = group_of_.try_emplace(sample, nb_read_ + 1);
+    if (!is_new) {
+        const std::string number = std::to_string(place->second);
+        return refuse(" has been alredy included in group #" + number + ".\n", kSampleTwiceInGroup);
+    }
+    structure_.groups[group()].Add(sample);
+    ++structure_.group_sizes[group()];
+    ++structure_.NbSamples;
+    return Outcome::kGoOn;
+}
+
+Outcome StructureReader::finish_group() {
+    if (structure_.group_sizes[group()] == 0) {
+        *_AOS_ << "\t\tError while exploring structure of Group # " << nb_read_ + 1
+               << ". It does not contain any population sample\n"
+               << "\t\t\tCheck your [[Structure]] section, for unquoted sample names\n"
+               << "\t\tAborting reading project." << std::endl;
+        report(Error, kReporter, kGroupWithoutSample);
+        return Outcome::kFailure;
+    }
+    ++nb_read_;
+    return Outcome::kGoOn;
+}
+
+int StructureReader::judge_number_of_groups() const {
+    if (structure_.NbGroups == nb_read_) return 1;
+    *_AOS_ << "\tInvalid number of groups defined. " << structure_.NbGroups << "were expected, while "
+           << nb_read_ << " have been found!\n"
+           << "\tCheck your [[Structure]] section, for missing group or unquoted sample names\n"
+           << "\tAborting reading project." << std::endl;
+    report(Error, kReporter, kInvalidStructureNbGroups);
+    return 0;
+}
+
+}  // namespace
+
+int Structure::NewReadStructure(std::ifstream& file, ProfileSettings& profile, Samples& samples, int& line_no,
+                                my_string& line, bool& name_seen, bool& nbgroups_seen,
+                                bool& individual_level_seen, bool& group_seen) {
+    reset();
+    ProfileSettings::operator=(profile);
+    NbGroupsRead = 0;
+    StructureReader reader(*this, file, samples, line_no, line);
+    Outcome outcome = Outcome::kGoOn;
+    while (outcome == Outcome::kGoOn && reader.next_line()) {
+        const my_string upper = upper_copy(line);
+        if (without_quoted_parts(upper.view()).find(kMantelHeading) != std::string::npos) {
+            outcome = Outcome::kSuccess;
+        } else if (upper.contains("STRUCTURENAME")) {
+            name_seen = true;
+            outcome = reader.take_name();
+        } else if (upper.contains("NBGROUPS")) {
+            nbgroups_seen = true;
+            outcome = reader.take_number_of_groups();
+        } else if (upper.contains("DISTMATLABEL")) {
+            outcome = reader.tell_obsolete_label();
+        } else if (upper.contains("INDIVIDUALLEVEL")) {
+            individual_level_seen = true;
+            outcome = reader.tell_obsolete_level();
+        } else if (upper.contains("GROUP")) {
+            group_seen = true;
+            outcome = reader.take_group();
+        }
+    }
+    if (outcome == Outcome::kFailure || reader.line_too_long()) return 0;
+    reader.complete_groups();
+    return outcome == Outcome::kSuccess ? 1 : reader.judge_number_of_groups();
+}
+
+int Structure::build_one_loci_str(Samples* one_locus_samples, Structure* source) {
+    ProfileSettings::operator=(*one_locus_samples);
+    StructureName = source->StructureName;
+    NbSamples = source->NbSamples;
+    NbGroups = source->NbGroups;
+    allocate_groups();
+    group_sizes = source->group_sizes;
+    std::unordered_map<std::string, Population*> target;
+    for (Population* sample : one_locus_samples->populations)
+        target.try_emplace(std::string(sample->name.view()), sample);
+    for (std::size_t g = 0; g < source->groups.size(); ++g) {
+        for (const Population* sample : source->groups[g]) {
+            const auto match = target.find(std::string(sample->name.view()));
+            if (match == target.end()) {
+                *_AOS_ << "\tStructure::build_one_loci_str(): impossible to reproduce structure" << std::endl;
+                return 0;
+            }
+            groups[g].Add(match->second);
+        }
+    }
+    return 1;
+}
+
+}  // namespace mnd
