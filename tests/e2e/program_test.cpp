@@ -532,6 +532,19 @@ TEST_F(Program, ExternalSampleAndHaplotypeFilesAreRead) {
     EXPECT_TRUE(exists("p/list.hap"));
 }
 
+TEST_F(Program, ExternalFileAboveTheProjectIsNotSoughtInTheResultFolder) {
+    // From p/e.res/ the name would lead to p/s.txt, which is another file.
+    write("s.txt", "a 2 ACGT\nb 1 ACGA\n");
+    write("p/s.txt", "a 1 ACGT\nb 4 ACGA\n");
+    write("p/e.mnp",
+          "[Profile]\nTitle=\"E\"\nNbSamples=1\nGenotypicData=0\nDataType=DNA\nLocusSeparator=NONE\n"
+          "MissingData=\"?\"\n[Data]\n[[Samples]]\nSampleName=\"S\"\nSampleSize=3\n"
+          "SampleData=EXTERN \"../s.txt\"\n");
+    write("s.mns", settings_text(1, false));
+    EXPECT_EQ(start("p/e.mnp s.mns").errors, "");
+    EXPECT_TRUE(contains(read("p/e.res/e.htm"), "No. of gene copies       : 3\n"));
+}
+
 // A project of two haplotypes at two loci, separated by a comma.
 std::string comma_project() {
     return "[Profile]\nTitle=\"C\"\nNbSamples=1\nGenotypicData=0\nDataType=STANDARD\nLocusSeparator=','\n"
