@@ -178,6 +178,23 @@ const char* obstacle_to_selection(const Structure& structure, int data_type) {
     return nullptr;
 }
 
+// Changes the texts of all definitions of a project. A sample reaches only those that it holds;
+// one of a list that no sample holds would else put alleles and loci of its own beside theirs.
+template <typename Change>
+void change_definitions(Haplo_DB& db, Change change) {
+    for (HaploDef* definition : db.list)
+        change(definition->content);
+    db.content_changed();
+}
+
+my_string without_separators(const my_string& text, char separator) {
+    std::string kept;
+    for (const char c : text.view()) {
+        if (c != separator && c != ' ' && c != '\t') kept += c;
+    }
+    return my_string(kept.c_str());
+}
+
 }  // namespace
 
 void Project::New_print_html_results_header(bool xml) {
@@ -273,8 +290,11 @@ bool Project::read_project() {
 
 void Project::remove_sequence_separator(std::fstream& results) {
     samples->convert_dna_upper();
+    if (DataType == DNA) change_definitions(haplo_db, [](my_string& text) { text.Upper(); });
     if ((DataType != DNA && DataType != RFLP) || LocusSeparator == 0) return;
     samples->rm_separators();
+    change_definitions(haplo_db,
+                       [this](my_string& text) { text = without_separators(text, LocusSeparator); });
     LocusSeparator = 0;
     haplo_db.LocusSeparator = 0;
     dist_mat.LocusSeparator = 0;

@@ -532,6 +532,18 @@ TEST_F(Program, ExternalSampleAndHaplotypeFilesAreRead) {
     EXPECT_TRUE(exists("p/list.hap"));
 }
 
+TEST_F(Program, DefinitionThatNoSampleHoldsTakesTheFormOfTheOthers) {
+    // With blanks between the sites and in lower case "b" would have more sites and other bases.
+    write("p.mnp",
+          "[Profile]\nTitle=\"E\"\nNbSamples=1\nGenotypicData=0\nDataType=DNA\nLocusSeparator=WHITESPACE\n"
+          "MissingData=\"?\"\n[Data]\n[[HaplotypeDefinition]]\nHaplListName=\"l\"\nHaplList={\n"
+          "a a c g t\nb a c g a\n}\n[[Samples]]\nSampleName=\"S\"\nSampleSize=3\nSampleData={\na 3\n}\n");
+    write("s.mns", settings_text(1, false));
+    EXPECT_EQ(start("p.mnp s.mns").errors, "");
+    EXPECT_TRUE(contains(read("p.res/p.htm"), "No. of loci              : 4\n"));
+    EXPECT_TRUE(contains(log_of("p"), "The locus separator has been removed"));
+}
+
 TEST_F(Program, ExternalFileAboveTheProjectIsNotSoughtInTheResultFolder) {
     // From p/e.res/ the name would lead to p/s.txt, which is another file.
     write("s.txt", "a 2 ACGT\nb 1 ACGA\n");
