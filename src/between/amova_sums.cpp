@@ -75,13 +75,16 @@ double Population::ComputeSSDAP(const Population* other, const DistMat& D) const
     const AmovaWork& i = amova;
     const AmovaWork& j = other->amova;
     if (D.conventional != 0) return conventional_ssd_between(i, j);
+    const bool direct = has_rows(D, i) && has_rows(D, j);
     double ssd = 0.0;
     for (int a = 0; a < i.num_existing; ++a) {
         const int r = i.perm_list[a];
         const double f_ir = i.perm_freq[r];
+        const double* const D_r = direct ? D.data[r] : nullptr;
         for (int b = 0; b < j.num_existing; ++b) {
             const int s = j.perm_list[b];
-            ssd += f_ir * j.perm_freq[s] * D(r, s);
+            const double d = !direct ? D(r, s) : s <= r ? D_r[s] : D.data[s][r];
+            ssd += f_ir * j.perm_freq[s] * d;
         }
     }
     return ssd;
