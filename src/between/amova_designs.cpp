@@ -30,7 +30,7 @@ int nb_components(const Amova& analysis) {
 }
 
 void store_global_statistics(const Amova& analysis) {
-    if (!global_f_statistics.wanted) return;
+    if (!global_f_statistics.wanted || analysis.print_results == 0) return;
     global_f_statistics.FIS = analysis.FIS;
     global_f_statistics.FST = analysis.FST;
     global_f_statistics.FCT = analysis.FCT;

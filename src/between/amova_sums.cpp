@@ -34,7 +34,7 @@ double conventional_ssd_between(const Population::AmovaWork& i, const Population
     for (int a = 0; a < i.num_existing; ++a) {
         const int r = i.perm_list[a];
         copies_i += i.perm_freq[r];
-        if (r < j.perm_size) shared += i.perm_freq[r] * j.perm_freq[r];
+        shared += i.perm_freq[r] * j.perm_freq[r];
     }
     double copies_j = 0.0;
     for (int b = 0; b < j.num_existing; ++b)

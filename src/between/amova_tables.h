@@ -69,7 +69,7 @@ void write_amova_summary_tests(std::ostream& out, long num_perm, const std::vect
 // Batch summary of these rows, "amovares.sum"; null while it is not asked for. not owned
 extern std::ofstream* ofs_amova_res;
 
-// Indices of the analysis of whole haplotypes done last, for the summary statistics.
+// Indices of the analysis done last that was no silent one, for the summary statistics.
 struct GlobalFStatistics {
     bool wanted = false;  // indices are stored
     double FIS = 0.0, FST = 0.0, FCT = 0.0, FSC = 0.0, FIT = 0.0;

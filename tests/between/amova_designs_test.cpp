@@ -410,6 +410,17 @@ TEST(AmovaDesigns, HaplotypesCountGeneCopiesWhateverTheIndividualLevel) {
     EXPECT_EQ(a->SSDAG, b->SSDAG);
 }
 
+TEST(AmovaDesigns, CoefficientsOfIndividualsTakeTheWholePartOfTheirNumber) {
+    // Groups of 3 + 4 and 4 + 4 copies: 7.5 individuals count as 7, so 14 copies stand for 15.
+    AmovaData data({{{0, 1, 0}, {0, 1, 1, 0}}, {{0, 0, 0, 1}, {0, 1, 1, 1}}}, 2, nullptr, true);
+    data.s.IncludeIndividualLevel = 1;
+    const auto a = data.prepare();
+    mnd::set_individual_coefficients(*a);
+    EXPECT_DOUBLE_EQ(a->n, (14.0 - 25.0 / 7.0 - 32.0 / 8.0) / 2.0);
+    EXPECT_DOUBLE_EQ(a->n_prime, (7.0 * 25.0 / (14.0 * 7.0) + 6.0 * 32.0 / (14.0 * 8.0)) / 1.0);
+    EXPECT_DOUBLE_EQ(a->n_second, 14.0 - (49.0 + 64.0) / 14.0);
+}
+
 // ---- Indices of single samples
 
 TEST(AmovaDesigns, PopulationFstAveragesToTheCommonIndex) {

@@ -337,12 +337,15 @@ TEST(AmovaDocument, SummaryRowIsWrittenWhenItsFileIsOpen) {
 
 TEST(AmovaDocument, GlobalStatisticsAreStoredOnDemand) {
     AmovaData data(kTwoGroups, 3, conventional);
+    Document document(data.s);
     mnd::global_f_statistics = {};
     mnd::amova_results record;
-    data.analyse(0, &record);
-    EXPECT_EQ(mnd::global_f_statistics.FST, 0.0);
+    data.analyse(1, &record);
+    EXPECT_EQ(mnd::global_f_statistics.FST, 0.0) << "nobody asked";
     mnd::global_f_statistics.wanted = true;
     data.analyse(0, &record);
+    EXPECT_EQ(mnd::global_f_statistics.FST, 0.0) << "that of a single locus is not the global one";
+    data.analyse(1, &record);
     EXPECT_NE(record.FST, 0.0);
     EXPECT_EQ(mnd::global_f_statistics.FST, record.FST);
     EXPECT_EQ(mnd::global_f_statistics.FSC, record.FSC);
