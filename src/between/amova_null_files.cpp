@@ -71,17 +71,20 @@ void print_histogram_row(std::ostream& out, const std::vector<NullHistogram>& hi
     out << '\n';
 }
 
-void print_observed(std::ostream& out, const std::vector<NullDistribution>& nulls) {
+void print_observed(std::ostream& out, const std::vector<const NullDistribution*>& nulls) {
     out << "\nObserved  values:"
            "\n-----------------";
-    for (const NullDistribution& null : nulls)
-        out << "\nV" << letter_of(null.component) << " : " << null.observed;
+    for (const NullDistribution* null : nulls)
+        out << "\nV" << letter_of(null->component) << " : " << null->observed;
     out << '\n';
 }
 
-std::vector<NullDistribution> in_order_of_components(std::vector<NullDistribution> nulls) {
-    std::stable_sort(nulls.begin(), nulls.end(), [](const NullDistribution& a, const NullDistribution& b) {
-        return a.component < b.component;
+std::vector<const NullDistribution*> in_order_of_components(const std::vector<NullDistribution>& tested) {
+    std::vector<const NullDistribution*> nulls;
+    for (const NullDistribution& null : tested)
+        nulls.push_back(&null);
+    std::stable_sort(nulls.begin(), nulls.end(), [](const NullDistribution* a, const NullDistribution* b) {
+        return a->component < b->component;
     });
     return nulls;
 }
@@ -182,19 +185,19 @@ NullHistogram null_histogram(const NullDistribution& null) {
 void print_null_histograms(std::ostream& out, const std::vector<NullDistribution>& tested) {
     if (tested.empty()) return;
     const FormatGuard guard(out);
-    const std::vector<NullDistribution> nulls = in_order_of_components(tested);
+    const std::vector<const NullDistribution*> nulls = in_order_of_components(tested);
     std::vector<NullHistogram> histograms;
     std::size_t rows = 0;
-    for (const NullDistribution& null : nulls) {
-        histograms.push_back(null_histogram(null));
+    for (const NullDistribution* null : nulls) {
+        histograms.push_back(null_histogram(*null));
         rows = std::max(rows, histograms.back().counts.size());
     }
     out << std::fixed << std::right << std::setprecision(8)
         << "\n\nHistogram of variance components null distributions\n"
         << std::string(51, '=') << '\n';
-    for (const NullDistribution& null : nulls) {
+    for (const NullDistribution* null : nulls) {
         print_cell(out, " ");
-        print_cell(out, std::string("V") + letter_of(null.component));
+        print_cell(out, std::string("V") + letter_of(null->component));
     }
     out << '\n';
     for (std::size_t k = 0; k < rows; ++k)
