@@ -14,6 +14,7 @@
 #include "model/population.h"
 #include "results/xml_tags.h"
 #include "run/errors.h"
+#include "support/captured_log.h"
 #include "support/project_log.h"
 #include "within/analysed_sample.h"
 
@@ -184,6 +185,57 @@ TEST(AmovaConstructor, DoesNothingWithoutATask) {
     EXPECT_EQ(a->design, 0);
     EXPECT_EQ(a->SSDT, 0.0);
     EXPECT_EQ(document.text(), "");
+}
+
+// ---- Pairs of samples
+
+struct PairwiseCase {
+    long task;
+    int pairwise_fst, differences, delta_mu;
+    bool initialized, compared;
+};
+
+TEST(AmovaPairs, RunWhereATaskAsksForThem) {
+    const PairwiseCase kCases[] = {
+        {0, 0, 0, 0, false, false},
+        {0, 1, 0, 0, true, false},
+        {0, 0, 1, 0, true, false},
+        {mnd::kTaskPairwiseFst, 1, 0, 0, true, true},
+        {mnd::kTaskMantel, 0, 0, 0, false, true},
+        {0, 0, 0, 1, false, true},
+    };
+    for (const PairwiseCase& c : kCases) {
+        AmovaData data(kOneGroup, 3, conventional);
+        data.s.TaskNumber = c.task;
+        data.s.ComputePairwiseFST = c.pairwise_fst;
+        data.s.PrintMissIntermatchs = c.differences;
+        data.s.ComputeDeltaMuSqr = c.delta_mu;
+        data.s.NumPermutationsFST = 0;
+        Document document(data.s);
+        const CapturedLog log;
+        const auto a = data.analyse(1);
+        const std::string what = "task " + std::to_string(c.task);
+        EXPECT_EQ(a->N_genes != 0.0, c.initialized) << what;
+        EXPECT_EQ(log.holds("\tComputing pairwise Fst's ... \n"), c.compared) << what;
+        EXPECT_EQ(log.holds("\tdone ! ("), c.compared) << what;
+    }
+}
+
+TEST(AmovaPairs, HaveAnEntryOfTheirLevel) {
+    for (const bool groups : {false, true}) {
+        AmovaData data(kOneGroup, 3, conventional);
+        data.s.TaskNumber = mnd::kTaskPairwiseFst;
+        data.s.ComputePairwiseFST = 1;
+        data.s.NumPermutationsFST = 0;
+        data.samples.output_by_sample = !groups;
+        Document document(data.s);
+        mnd::htmlOutput = true;
+        data.analyse(1);
+        const std::string anchor = groups ? "_gr_pairw_diff" : "_pop_pairw_diff";
+        EXPECT_NE(document.text().find(anchor + "\"></A>"), std::string::npos);
+        EXPECT_NE(read_text(document.folder() / "document.js").find("\"Pairwise distances\""),
+                  std::string::npos);
+    }
 }
 
 // ---- The document
