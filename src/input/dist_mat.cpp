@@ -111,15 +111,18 @@ void DistMat::write(std::ostream& os, bool in_document) const {
        << "LINE" << '\n'
        << "\t\tMatrixData={\n";
     if (labels.empty()) report(Info, "operator<<(ostream& os, DistMat& D)", kMissingHaplotypeLabels);
+    const bool tagged = in_document && xmlOutput;
+    const TXmlTag label_tag("hapDistMatrixLabels");
     os << '\n';
+    if (tagged) open_table(os, label_tag);
     for (my_string const& label : labels)
         os << shown(label) << ' ';
     os << '\n';
+    if (tagged) close_table(os, label_tag);
     if (conventional != 0) {
         // The letter O is meant. Test: DistMatText.ConventionalMatrixIsASentence
         os << "\nConventional FST Matrix: Dij=1 if i!=j and O else:\n" << '\n';
     } else {
-        const bool tagged = in_document && xmlOutput;
         const TXmlTag tag("hapDistMatrix");
         if (tagged) open_table(os, tag);
         print_data(os);

@@ -67,8 +67,8 @@ private:
     bool read_matrix_source(std::ifstream& is);
 };
 
-// The same text for the result document: names are escaped, and under XML output the triangle
-// stands in its own tag.
+// The same text for the result document: names are escaped, and under XML output the labels and the
+// triangle each stand in their own tag.
 std::ostream& operator<<(std::ostream& document, DistMat const& matrix);
 
 }  // namespace mnd

@@ -73,8 +73,6 @@ void skip_amova_without_structure(Project& project) {
     say(*_AOS_);
     if (s.result_stream == nullptr) return;
     say(*s.result_stream);
-    if (project.structure->NbGroups == 0)
-        tell_missing_analysis(*s.result_stream, "groups of a [[Structure]] section");
 }
 
 void correct_dememorisation(settings& s) {
@@ -196,8 +194,7 @@ void Project::find_redundant_haplotypes() {
     const settings& s = the_settings;
     const bool wanted = s.EliminateRedondHaplodefs != 0 || s.InferHaplotypeDefinitionFromDistanceMatrix != 0;
     if (!wanted || (GenotypicData != 0 && GameticPhase == 0)) return;
-    if (s.result_stream != nullptr)
-        tell_missing_analysis(*s.result_stream, "search for haplotypes without distance");
+    eliminate_redond_haplodef();
     if (s.ComputeDistanceMatrixAMOVA != 0) dist_mat.reset();
 }
 

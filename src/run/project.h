@@ -6,6 +6,7 @@
 #include <fstream>
 #include <memory>
 
+#include "between/amova.h"
 #include "foundation/my_string.h"
 #include "input/dist_mat.h"
 #include "input/mantel.h"
@@ -64,7 +65,29 @@ public:
     // The analyses between samples, in their order (structure_analyses.cpp).
     void GenStructCalculations(std::fstream* results);
 
-    // Fills `pooled_samples` with one sample per group of `from_structure`, and
+    // Analysis of molecular variance and comparisons of pairs of samples: binds the haplotypes to
+    // the rows of the matrix, numbers the samples in the order of the structure, and runs an `Amova`
+    // over them (structure_analyses.cpp).
+    //   record  receives the results; may be null
+    // Returns: false when the structure has nothing to compare and no pairs are wanted (warning 134),
+    //          when haplotypes and matrix do not fit (135), or when there is no memory
+    bool AMOVA(DistMat& matrix, Haplo_DB& definitions, Samples& all_samples, Structure& groups,
+               TAlleleDB& alleles, amova_results* record);
+
+    // Computes the distances between all haplotypes into `dist_mat`, and tells the usable loci in
+    // the result document (haplotype_distances.cpp). Conventional F-statistics and frequencies have
+    // a conventional matrix. After a failure (136) the matrix is empty.
+    void calc_dist_matrix(int const& method, double const& gamma);
+
+    // Prints `dist_mat` and its minimum spanning network, as the settings ask for
+    // (haplotype_distances.cpp).
+    void print_distance_matrix();
+
+    // Finds haplotypes at distance 0 from one another, tells which samples share them, and merges
+    // them in each sample when the settings ask for it (haplotype_distances.cpp).
+    void eliminate_redond_haplodef();
+
+    // Fills `pooled_samples` with one sample per group of `from_structure` that has any, and
     // `pooled_structure` with one group that holds them all (structure_analyses.cpp).
     void poolSamplesInGroups(Samples const& from_samples, Structure const& from_structure,
                              Samples& pooled_samples, Structure& pooled_structure);
@@ -106,6 +129,7 @@ public:
     bool dist_matrix_computed = false;     // the haplotype matrix stands; cleared by `newOpen`
     bool project_valid = false;            // set before `run`; false while the data are checked
     settings the_settings;                 // all computation settings
+    amova_results amova_result;            // of the last analysis of variance over whole haplotypes
 
     // Separator of the project before, which the pre-pass of the next one applies to names. A
     // "," project is therefore cleaned differently as first and as second of a batch.
@@ -134,6 +158,9 @@ private:
     bool abandon_run();
     void close_broken_document(const OpenedDocument& document, const char* reason);
 
+    // Stages of `eliminate_redond_haplodef`.
+    bool measure_redundancy();
+
     // Stages of `make_run_possible`.
     void build_haplotype_vectors();
     void convert_phenotypes();
@@ -145,7 +172,10 @@ private:
 
     // Stages of `GenStructCalculations`.
     void convert_individuals(std::fstream& results);
+    void compute_haplotype_matrix();
     void compare_samples(std::fstream& results);
+    void compare_whole_haplotypes(std::fstream& results);
+    bool bind_haplotypes(DistMat& matrix, Haplo_DB& definitions);
     void test_differentiation(std::fstream& results);
 
     // Stages of `explore`.

@@ -7,7 +7,6 @@
 #include <array>
 #include <ctime>
 #include <fstream>
-#include <initializer_list>
 #include <new>
 #include <string>
 
@@ -47,6 +46,10 @@ struct SectionsSeen {
     bool sample_size = false;
     bool sample_data = false;
     bool structure = false;
+    bool structure_name = false;
+    bool nb_groups = false;
+    bool individual_level = false;
+    bool group = false;
 };
 
 // One pass over a project file. Every step is false when the reading has to stop.
@@ -78,8 +81,8 @@ private:
     bool take_matrix_size();
     bool take_label_position();
     bool take_matrix_data();
-    bool open_external_matrix();
-    bool pass_over_matrix_rows();
+    bool read_external_matrix();
+    bool refuse_matrix();
     bool read_samples();
     bool take_structure();
     bool take_mantel();
@@ -88,6 +91,7 @@ private:
     bool check_all_seen() const;
     bool check_profile_seen() const;
     bool check_data_seen() const;
+    bool check_groups_seen() const;
 
     bool has_equal_sign(const char* keyword) const {
         return checkForPresenceOfEqualSign(line_, keyword, line_no_);
@@ -132,8 +136,6 @@ bool ProjectReader::read_all() {
     *_AOS_ << "Reading input file ..." << std::endl;
     const std::clock_t start = std::clock();
     if (!read_lines()) return false;
-    // Cells that were never filled must not pass for distances.
-    if (seen_.matrix_data) project_.dist_mat.reset();
     const bool complete = check_all_seen();
     *_AOS_ << "done ! (" << milliseconds_since(start) << " ms)" << std::endl;
     if (complete) return true;
@@ -325,41 +327,33 @@ bool ProjectReader::take_label_position() {
     return true;
 }
 
-// The matrix of a project is checked for its place and its end; its cells are not taken.
 bool ProjectReader::take_matrix_data() {
     seen_.matrix_data = true;
     const std::clock_t start = std::clock();
-    const bool external = line_.contains("EXTERN");
-    if (external && !open_external_matrix()) return stop("the external distance matrix can't be opened");
-    if (!external) {
+    if (line_.contains("EXTERN")) {
+        if (!read_external_matrix()) return false;
+    } else {
         *_AOS_ << "\tReading distance matrix ..." << std::endl;
-        if (!pass_over_matrix_rows()) {
-            *_AOS_ << "\t\tProblems in reading DistanceMatrix section... aborting reading  project file.\n";
-            return stop("the distance matrix can't be read");
-        }
+        if (project_.dist_mat.ReadDistanceMatrix(file_, false, line_no_) == 0) return refuse_matrix();
     }
-    *_AOS_ << "\tThe distance matrix of the project is passed over, none of its distances is used\n"
-           << "\tdone ! (" << milliseconds_since(start) << " ms)\n";
+    *_AOS_ << "\tdone ! (" << milliseconds_since(start) << " ms)\n";
     return true;
 }
 
-bool ProjectReader::open_external_matrix() {
+bool ProjectReader::read_external_matrix() {
     std::ifstream external;
     my_string name;
-    if (!open_external(external, name, "Extern Distance Matrix ")) return false;
+    if (!open_external(external, name, "Extern Distance Matrix "))
+        return stop("the external distance matrix can't be opened");
     *_AOS_ << "\tReading Distance Matrix in external file \"" << name << "\"" << std::endl;
     report(Warning, kOrigin, kReadingExternalDistanceMatrix);
-    return true;
+    int external_line = 0;
+    return project_.dist_mat.ReadDistanceMatrix(external, true, external_line) != 0 || refuse_matrix();
 }
 
-bool ProjectReader::pass_over_matrix_rows() {
-    const std::initializer_list<const char*> ends = {"}", "[SAMPLES]", "[STRUCTURE]", "[MANTEL]"};
-    if (line_.contains('}')) return true;
-    if (pass_over_subsection(file_, ends, line_no_, line_) && line_.contains('}')) return true;
-    *_AOS_ << "\tNo closing brace in Matrix Data \"" << project_.dist_mat.MatrixName << "\"definition."
-           << " Aborting reading project." << std::endl;
-    report(Error, kOrigin, kDistanceMatrixDataReadError);
-    return false;
+bool ProjectReader::refuse_matrix() {
+    *_AOS_ << "\t\tProblems in reading DistanceMatrix section... aborting reading  project file.\n";
+    return stop("the distance matrix can't be read");
 }
 
 // ---- Samples, and the sections behind them
@@ -391,10 +385,11 @@ bool ProjectReader::take_structure() {
     if (!needs_samples(kStructureSection)) return false;
     *_AOS_ << "\tReading genetic structure ..." << std::endl;
     const std::clock_t start = std::clock();
-    static_cast<ProfileSettings&>(*project_.structure) = project_;
-    pass_over_subsection(file_, {"[MANTEL]"}, line_no_, line_);
-    *_AOS_ << "\tThe genetic structure of the project is passed over, none of its groups is used\n"
-           << "\tdone reading genetic structure! (" << milliseconds_since(start) << " ms)\n";
+    const int read = project_.structure->NewReadStructure(file_, project_, *project_.samples, line_no_, line_,
+                                                          seen_.structure_name, seen_.nb_groups,
+                                                          seen_.individual_level, seen_.group);
+    if (read == 0) return stop("the genetic structure can't be read");
+    *_AOS_ << "\tdone reading genetic structure! (" << milliseconds_since(start) << " ms)\n";
     seen_.structure = true;
     return true;
 }
@@ -494,7 +489,19 @@ bool ProjectReader::check_data_seen() const {
                   "Check your project file.\n";
         complete = false;
     }
-    return complete;
+    return check_groups_seen() && complete;
+}
+
+bool ProjectReader::check_groups_seen() const {
+    const std::array<Requirement, 2> needed = {{
+        {seen_.structure && !seen_.nb_groups,
+         "\tKeyword \"NbGroups\" not found in Structure section. Unknown number of groups to read. "
+         "Check your project file.\n"},
+        {seen_.structure && !seen_.group,
+         "\tKeyword \"Group\" not found in Structure section. No groups definition could be read. "
+         "Check your project file.\n"},
+    }};
+    return all_there(needed);
 }
 
 }  // namespace

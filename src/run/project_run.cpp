@@ -170,6 +170,12 @@ std::string structure_text(const Structure& structure) {
     return escape_text(text.str());
 }
 
+// The settings ask for an analysis of groups, and there are none.
+void say_no_groups(std::ostream& results) {
+    for (std::ostream* out : {&results, _AOS_})
+        *out << "\nThe project has no groups of samples, nothing is analysed at the group level.\n";
+}
+
 // Why loci under selection can't be detected; null when they can.
 const char* obstacle_to_selection(const Structure& structure, int data_type) {
     if (structure.NbGroups == 0)
@@ -366,8 +372,7 @@ void Project::group_pass(std::fstream& results) {
         static_cast<ProfileSettings&>(pooled_structure) = *this;
         poolSamplesInGroups(*samples, *structure, pooled_samples, pooled_structure);
         pooled_samples.output_by_sample = false;
-        if (pooled_samples.populations.count == 0)
-            tell_missing_analysis(results, "groups of a [[Structure]] section");
+        if (pooled_samples.populations.count == 0) say_no_groups(results);
         const LevelSwap swap(*this, pooled_samples, pooled_structure);
         s.current_samples = samples;
         analyse_level(results, "Groups", "\n== ANALYSES AT THE INTRA-GROUP LEVEL");

@@ -31,6 +31,11 @@ void say_twice(std::ostream& results, const Text& text) {
     *_AOS_ << text;
 }
 
+bool pairs_need_matrix(const settings& s) {
+    const bool wanted = s.ComputePairwiseFST != 0 || s.UnequalPopSizeDiv != 0 || s.PrintMissIntermatchs != 0;
+    return has_task(s, kTaskPairwiseFst) && wanted;
+}
+
 void skip_conventional_fst_of_unknown_phase(settings& s, std::ostream& results) {
     if (s.gametic_phase != 0 || s.ComputeConventionalFST == 0) return;
     say_twice(results,
@@ -55,6 +60,35 @@ void open_structure_folder(settings& s, bool group_level) {
         print_js_aux_entry(s, 2, "_pop_gen_struct", "Genetic structure (samp=pop)");
     }
 }
+
+// Numbers the samples in the order of the structure; those in no group get the numbers behind.
+void number_samples(Samples& samples, const Structure& structure) {
+    for (Population* sample : samples.populations)
+        sample->amova.amova_id = -1;
+    int next = 0;
+    for (const auto& group : structure.groups) {
+        for (Population* sample : group)
+            sample->amova.amova_id = next++;
+    }
+    for (Population* sample : samples.populations) {
+        if (sample->amova.amova_id < 0) sample->amova.amova_id = next++;
+    }
+}
+
+// Leaves a task out for as long as it lives.
+class TaskLeftOut {
+public:
+    TaskLeftOut(settings& s, long tasks) : s_(s), left_out_(s.TaskNumber & tasks) {
+        s_.TaskNumber &= ~left_out_;
+    }
+    ~TaskLeftOut() { s_.TaskNumber |= left_out_; }
+    TaskLeftOut(const TaskLeftOut&) = delete;
+    TaskLeftOut& operator=(const TaskLeftOut&) = delete;
+
+private:
+    settings& s_;
+    long left_out_;
+};
 
 // Adds the entries of one sample to the pooled one; entries of one definition become one, in
 // the order of first appearance.
@@ -112,10 +146,11 @@ bool opens_structure_folder(const settings& s) {
 
 bool needs_haplotype_matrix(const settings& s) {
     if (s.ComputeDistanceMatrixAMOVA == 0 && s.ComputeConventionalFST == 0) return false;
-    const bool pairs_need_it =
-        s.ComputePairwiseFST != 0 || s.UnequalPopSizeDiv != 0 || s.PrintMissIntermatchs != 0;
-    return (has_task(s, kTaskAmova) && s.HaplAMOVA != 0) ||
-           (has_task(s, kTaskPairwiseFst) && pairs_need_it) || has_task(s, kTaskMantel);
+    return (has_task(s, kTaskAmova) && s.HaplAMOVA != 0) || pairs_need_matrix(s) || has_task(s, kTaskMantel);
+}
+
+bool needs_matrix_rows(const settings& s, bool has_matrix) {
+    return wants_amova(s) || pairs_need_matrix(s) || (has_task(s, kTaskMantel) && has_matrix);
 }
 
 bool prints_haplotype_matrix(const settings& s) {
@@ -136,26 +171,28 @@ bool compares_locus_by_locus(const settings& s) {
 
 void Project::poolSamplesInGroups(Samples const& from_samples, Structure const& from_structure,
                                   Samples& pooled_samples, Structure& pooled_structure) {
-    const int nb_groups = static_cast<int>(from_structure.groups.size());
-    for (int g = 0; g < nb_groups; ++g) {
+    for (std::size_t g = 0; g < from_structure.groups.size(); ++g) {
+        const auto& group = from_structure.groups[g];
+        if (group.count == 0) continue;
         const my_string name(("Group " + std::to_string(g + 1)).c_str());
-        const Population empty(name, g, from_samples);
+        const Population empty(name, static_cast<int>(pooled_samples.populations.count), from_samples);
         std::unique_ptr<Population> pool = Samples::new_sample(from_samples.DataType, empty);
         pool->allele_db = &allele_db;
-        pool_one_group(from_structure.groups[static_cast<std::size_t>(g)], *pool);
+        pool_one_group(group, *pool);
         pooled_samples.populations.Add(pool.release());
     }
-    pooled_samples.NbSamples = nb_groups;
+    const int nb_pools = static_cast<int>(pooled_samples.populations.count);
+    pooled_samples.NbSamples = nb_pools;
 
     pooled_structure.reset();
     pooled_structure.StructureName = from_structure.StructureName;
-    pooled_structure.NbGroups = nb_groups > 0 ? 1 : 0;
-    pooled_structure.NbSamples = nb_groups;
+    pooled_structure.NbGroups = nb_pools > 0 ? 1 : 0;
+    pooled_structure.NbSamples = nb_pools;
     pooled_structure.allocate_groups();
-    if (nb_groups == 0) return;
-    pooled_structure.group_sizes[0] = nb_groups;
-    for (int g = 0; g < nb_groups; ++g)
-        pooled_structure.groups[0].Add(pooled_samples.populations[g]);
+    if (nb_pools == 0) return;
+    pooled_structure.group_sizes[0] = nb_pools;
+    for (Population* pool : pooled_samples.populations)
+        pooled_structure.groups[0].Add(pool);
 }
 
 void Project::convert_individuals(std::fstream& results) {
@@ -167,20 +204,79 @@ void Project::convert_individuals(std::fstream& results) {
     *_AOS_ << "\tdone ! (" << milliseconds_since(begin) << " ms)\n";
 }
 
+// Binds each haplotype to its row: by label for a matrix of the project file, by position for a
+// computed one, whose labels then are the names of the haplotypes.
+bool Project::bind_haplotypes(DistMat& matrix, Haplo_DB& definitions) {
+    constexpr const char* kReporter = "Project::AMOVA()";
+    if (!dist_matrix_computed) {
+        if (definitions.associate_with1(matrix)) return true;
+        E.error(Warning, kReporter, kHaplotypeListIncompatibleWithMatrix);
+        return false;
+    }
+    if (!definitions.associate_with2(matrix)) {
+        E.error(Error, kReporter, kHaplotypeListIncompatibleWithMatrix);
+        return false;
+    }
+    matrix.labels.clear();
+    for (const HaploDef* definition : definitions.list)
+        matrix.labels.push_back(definition->name);
+    return true;
+}
+
+bool Project::AMOVA(DistMat& matrix, Haplo_DB& definitions, Samples& all_samples, Structure& groups,
+                    TAlleleDB& alleles, amova_results* record) {
+    settings& s = the_settings;
+    if (wants_amova(s) && !IsAmovaStructure()) {
+        E.error(Warning, "Project::AMOVA()", kInvalidDataAfterCheck);
+        if (!has_task(s, kTaskPairwiseFst)) return false;
+    }
+    const bool has_matrix = matrix.MatrixSize > 0;
+    if (needs_matrix_rows(s, has_matrix) && !bind_haplotypes(matrix, definitions)) return false;
+    number_samples(all_samples, groups);
+    s.current_samples = &all_samples;
+    s.current_structure = &groups;
+    s.current_matrix = &matrix;
+    s.current_haplo_db = &definitions;
+    s.current_allele_db = &alleles;
+    try {
+        const Amova analysis(s, &groups, &all_samples, &matrix, &definitions, &alleles, &mantel, 1, 0,
+                             record);
+    } catch (const Amova::AmovaFatalError&) {
+        *_AOS_ << "\tThe analysis of molecular variance was abandoned\n";
+        return false;
+    }
+    return true;
+}
+
+void Project::compute_haplotype_matrix() {
+    const settings& s = the_settings;
+    if (!needs_haplotype_matrix(s)) return;
+    calc_dist_matrix(s.DistanceMethodAMOVA, s.GammaAValueAMOVA);
+    if (prints_haplotype_matrix(s)) print_distance_matrix();
+}
+
 // What works on the whole table of samples: variance components, pairs, correlations.
 void Project::compare_samples(std::fstream& results) {
     settings& s = the_settings;
-    const bool group_level = !samples->output_by_sample;
-    if (compares_whole_haplotypes(s)) {
-        if (s.HaplAMOVA != 0 && htmlOutput)
-            print_js_doc_entry(s, 2, group_level ? "_gr_amova" : "_pop_amova", "AMOVA");
-        if (has_task(s, kTaskAmova) && s.HaplAMOVA != 0)
-            tell_missing_analysis(results, "analysis of molecular variance");
-        if (has_task(s, kTaskPairwiseFst)) tell_missing_analysis(results, "pairwise comparison of samples");
-        if (has_task(s, kTaskMantel)) tell_missing_analysis(results, "correlation between distance matrices");
+    if (s.silent_simulation == 0) {
+        if (wants_amova(s)) *_AOS_ << "\t\tComputing F statistics ...\n";
+        settings::set_message("Computing population genetic structure...");
+        settings::print_message();
     }
+    if (mnd::compares_whole_haplotypes(s)) compare_whole_haplotypes(results);
     if (compares_locus_by_locus(s))
         tell_missing_analysis(results, "analysis of molecular variance locus by locus");
+}
+
+void Project::compare_whole_haplotypes(std::fstream& results) {
+    settings& s = the_settings;
+    const bool group_level = !samples->output_by_sample;
+    if (s.HaplAMOVA != 0 && htmlOutput)
+        print_js_doc_entry(s, 2, group_level ? "_gr_amova" : "_pop_amova", "AMOVA");
+    const TaskLeftOut pairs_only(s, s.HaplAMOVA == 0 ? kTaskAmova : 0);
+    amova_result = amova_results();
+    AMOVA(dist_mat, haplo_db, *samples, *structure, allele_db, &amova_result);
+    if (has_task(s, kTaskMantel)) tell_missing_analysis(results, "correlation between distance matrices");
 }
 
 void Project::test_differentiation(std::fstream& results) {
@@ -199,6 +295,7 @@ void Project::GenStructCalculations(std::fstream* results) {
         constexpr const char* kRule = "==============================\n";
         *results << '\n' << kRule << "== GENETIC STRUCTURE ANALYSIS\n" << kRule;
     }
+    compute_haplotype_matrix();
     if (compares_samples(s)) compare_samples(*results);
     if (has_task(s, kTaskExactDifferentiation)) test_differentiation(*results);
 }

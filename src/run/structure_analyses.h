@@ -21,6 +21,10 @@ bool opens_structure_folder(const settings& s);
 // True when the distances between all haplotypes of the project have to be computed.
 bool needs_haplotype_matrix(const settings& s);
 
+// True when the haplotypes have to be bound to the rows of a matrix, computed or given. A correlation of
+// matrices alone needs none unless there is one.
+bool needs_matrix_rows(const settings& s, bool has_matrix);
+
 // True when that matrix is printed, once it is computed.
 bool prints_haplotype_matrix(const settings& s);
 

@@ -20,6 +20,7 @@
 #include "within/diversity_indices.h"
 #include "within/locus_tables.h"
 #include "within/sample_distances.h"
+#include "within/sample_network.h"
 
 namespace mnd {
 
@@ -234,6 +235,7 @@ private:
         }
         print_pairwise_differences(out_, sample_, kIsSequence<Sample>);
         if (s_.PrintHaplDistMat != 0 || s_.PrintPopDistMat != 0) print_haplotype_distances(out_, sample_);
+        if (s_.PrintMinSpannNetworkPop != 0) print_sample_network(out_, sample_);
         out_ << '\n';
         cite_molecular_diversity(out_, sample_);
         return true;

@@ -114,6 +114,8 @@ TEST(DistMatText, TriangleStandsInATagUnderXml) {
     xmlOutput = false;
     EXPECT_NE(text.find("<hapDistMatrix"), std::string::npos);
     EXPECT_NE(text.find("</hapDistMatrix>"), std::string::npos);
+    EXPECT_NE(text.find("<hapDistMatrixLabels"), std::string::npos);
+    EXPECT_NE(text.find("</hapDistMatrixLabels>"), std::string::npos);
     EXPECT_EQ(file.str().find("hapDistMatrix"), std::string::npos);
 }
 

@@ -413,14 +413,21 @@ TEST_F(Feasibility, UnknownPhaseDropsThePrintsOfHaplotypes) {
     }
 }
 
-TEST_F(Feasibility, SearchForRedundantHaplotypesIsSaidNotToBeHeld) {
-    constexpr const char* kLine =
-        "\nNot computed: this version does not hold the search for haplotypes without distance.\n";
-    open(dna_project());
-    s.InferHaplotypeDefinitionFromDistanceMatrix = 1;
-    ASSERT_TRUE(project.make_run_possible());
-    EXPECT_EQ(count_of(document(), kLine), 1);
-    EXPECT_TRUE(log.holds(kLine));
+TEST_F(Feasibility, SearchForRedundantHaplotypesForgetsAMatrixToBeComputed) {
+    for (const int computed : {0, 1}) {
+        project.clean();
+        project.haplotype_vectors_built = false;
+        open(dna_project());
+        project.dist_mat.initializeMatrixAndArrays(4);
+        project.dist_mat(3, 2) = 7.0;
+        s.ComputeDistanceMatrixAMOVA = computed;
+        s.InferHaplotypeDefinitionFromDistanceMatrix = 1;
+        ASSERT_TRUE(project.make_run_possible());
+        EXPECT_EQ(project.dist_mat.MatrixSize, computed != 0 ? 0 : 4);
+        EXPECT_EQ(project.dist_mat.get(3, 2), computed != 0 ? 0.0 : 7.0);
+        EXPECT_FALSE(project.dist_matrix_computed);
+    }
+    EXPECT_EQ(count_of(document(), "== Checking for haplotypes shared among populations:"), 2);
 }
 
 TEST_F(Feasibility, RedundantHaplotypesAreNotSearchedForInUnknownPhaseAndFrequencies) {

@@ -147,46 +147,100 @@ TEST_F(Opening, BadHaplListNameIsEmptyWithWarning34) {
     EXPECT_TRUE(reported(Warning, 34));
 }
 
-// ---- Sections that are passed over
+// ---- Matrix, structure, and the section that is passed over
 
 constexpr char kStructure[] =
-    "\t[[Structure]]\n\t\tStructureName=\"s\"\n\t\tNbGroups=2\n\t\tGroup={\n\"one\" {\n\t\t}\n}}\n"
-    "\t\tGroup={ \"[[Mantel]] of { braces\" \n";
+    "\t[[Structure]]\n\t\tStructureName=\"s\"\n\t\tNbGroups=1\n\t\tGroup={\n\"one\"\n\t\t}\n";
 constexpr char kMantel[] =
     "\t[[Mantel]]\n\t\tMatrixSize=17\n\t\tMatrixNumber=2\n\t\tDistMatMantel={\n 0\n 1 0\n\t\t}\n";
+constexpr char kMatrix[] =
+    "[[DistanceMatrix]]\nMatrixName=\"m\"\nMatrixSize=2\nLabelPosition=COLUMN\nMatrixData={\nh1 0\nh2 1.5 "
+    "0\n}\n";
 
-TEST_F(Opening, StructureAndMantelArePassedOverInTheirPlace) {
+TEST_F(Opening, StructureReferencesTheSamplesAndMantelIsPassedOver) {
     ASSERT_TRUE(open_data("", std::string(kStructure) + kMantel)) << log.text();
-    EXPECT_EQ(project.samples->populations.count, 1);
-    EXPECT_EQ(project.structure->NbGroups, 0);
+    ASSERT_EQ(project.structure->NbGroups, 1);
+    EXPECT_EQ(project.structure->NbSamples, 1);
+    EXPECT_EQ(project.structure->StructureName.view(), "s");
+    EXPECT_EQ(project.structure->groups[0].at_const(0), project.samples->populations.at_const(0));
     EXPECT_EQ(project.structure->DataType, STANDARD);
     EXPECT_EQ(project.dist_mat.MatrixSize, 0);
-    EXPECT_TRUE(log.holds("\tReading genetic structure ...\n"));
-    EXPECT_TRUE(log.holds("\tdone reading genetic structure! ("));
+    EXPECT_TRUE(log.holds("\tReading genetic structure ...\n\tdone reading genetic structure! ("));
     EXPECT_TRUE(log.holds("\tReading mantel section ...\n"));
     EXPECT_TRUE(reports.all().empty());
+    project.clean();
+    EXPECT_EQ(project.structure->NbGroups, 0);
 }
 
-TEST_F(Opening, DistanceMatrixIsPassedOverInItsPlace) {
-    ASSERT_TRUE(
-        open_data("[[DistanceMatrix]]\nMatrixName=\"m\"\nMatrixSize=2\nLabelPosition=COLUMN\n"
-                  "MatrixData={\nh1 0 {\nh2 1 0\n}\n"))
+TEST_F(Opening, MantelBehindAnUnfinishedGroupIsFound) {
+    ASSERT_TRUE(open_data("", "[[Structure]]\nNbGroups=1\nGroup={\n\"one\"\n" + std::string(kMantel)))
         << log.text();
+    EXPECT_EQ(project.structure->NbSamples, 1);
+    EXPECT_TRUE(log.holds("\tReading mantel section ...\n"));
+}
+
+TEST_F(Opening, StructureThatIsWrongStops) {
+    EXPECT_FALSE(open_data("", "[[Structure]]\nNbGroups=1\nGroup={\n\"two\"\n}\n"));
+    EXPECT_TRUE(log.holds("\tError: Sample \"two\" defined in Group #1 on line 19 has not been defined"));
+    EXPECT_TRUE(reported(Error, 51, "Structure::NewReadStructure()"));
+    EXPECT_FALSE(reported(Error, 203));
+    EXPECT_EQ(project.failure_reason.view(), "the genetic structure can't be read");
+}
+
+TEST_F(Opening, StructureNeedsItsKeywords) {
+    EXPECT_FALSE(open_data("", "[[Structure]]\n"));
+    EXPECT_TRUE(
+        log.holds("\tKeyword \"NbGroups\" not found in Structure section. Unknown number of groups to read. "
+                  "Check your project file.\n"
+                  "\tKeyword \"Group\" not found in Structure section. No groups definition could be read. "
+                  "Check your project file.\n"));
+    EXPECT_TRUE(reported(Error, 203));
+}
+
+TEST_F(Opening, DistanceMatrixIsReadInItsPlace) {
+    ASSERT_TRUE(open_data(kMatrix)) << log.text();
     EXPECT_EQ(project.samples->populations.count, 1);
-    // Cells that were not read must not pass for distances.
-    EXPECT_EQ(project.dist_mat.MatrixSize, 0);
+    EXPECT_EQ(project.dist_mat.MatrixSize, 2);
+    EXPECT_EQ(project.dist_mat.MatrixName.view(), "m");
+    EXPECT_EQ(project.dist_mat.labels.at(1).view(), "h2");
+    EXPECT_EQ(project.dist_mat.get(0, 1), 1.5);
     EXPECT_EQ(project.dist_mat.DataType, STANDARD);
     EXPECT_EQ(project.dist_mat.LabelPosition, kLabelsInColumn);
-    EXPECT_TRUE(log.holds("\tReading distance matrix ...\n"));
-    EXPECT_TRUE(log.holds("\tThe distance matrix of the project is passed over"));
+    EXPECT_TRUE(log.holds("\tReading distance matrix ...\n\tdone ! ("));
+    EXPECT_TRUE(reports.all().empty());
+    // The lines of the matrix count: the samples stand where they stand.
+    EXPECT_FALSE(open_data(kMatrix, "[[Structure]]\nNbGroups=1\nGroup={\n\"two\"\n}\n"));
+    EXPECT_TRUE(log.holds("defined in Group #1 on line 27 has not"));
 }
 
-TEST_F(Opening, ExternalDistanceMatrixIsPassedOverToo) {
-    write_text(folder / "m.txt", "h1 0\n");
+TEST_F(Opening, DistanceMatrixInAnExternalFile) {
+    write_text(folder / "m.txt", "h1 h2\n0\n7 0\n");
     ASSERT_TRUE(open_data("[[DistanceMatrix]]\nMatrixSize=2\nMatrixData=EXTERN \"m.txt\"\n")) << log.text();
     EXPECT_TRUE(log.holds("\tReading Distance Matrix in external file \"m.txt\"\n"));
     EXPECT_TRUE(reported(Warning, 17));
-    EXPECT_EQ(project.dist_mat.MatrixSize, 0);
+    EXPECT_EQ(project.dist_mat.get(1, 0), 7.0);
+    EXPECT_EQ(project.samples->populations.count, 1);
+    write_text(folder / "m.txt", "h1 h2\n0\n7\n");
+    EXPECT_FALSE(open_data("[[DistanceMatrix]]\nMatrixSize=2\nMatrixData=EXTERN \"m.txt\"\n"));
+    EXPECT_TRUE(log.holds("\tUnable to read distance #2 on line 3."));
+    EXPECT_TRUE(
+        log.holds("\t\tProblems in reading DistanceMatrix section... aborting reading  project file.\n"));
+}
+
+TEST_F(Opening, MatrixThatIsWrongStops) {
+    EXPECT_FALSE(open_data("[[DistanceMatrix]]\nMatrixSize=2\nMatrixData={\nh1 h2\n0\n1.5x 0\n}\n"));
+    EXPECT_TRUE(
+        log.holds("\tBad value (\"1.5x\") for distance #1 on line 14. Aborting reading distance matrix.\n"
+                  "\t\tProblems in reading DistanceMatrix section... aborting reading  project file.\n"));
+    EXPECT_TRUE(reported(Error, 13, "DistMat::ReadDistanceMatrix()"));
+}
+
+// The size of a Mantel section without a structure, too, makes the matrix anew; it has no labels then.
+TEST_F(Opening, SizeBehindTheRowsMakesAnEmptyMatrix) {
+    ASSERT_TRUE(open_data(std::string(kMatrix) + "MatrixSize=3\n")) << log.text();
+    EXPECT_EQ(project.dist_mat.MatrixSize, 3);
+    EXPECT_EQ(project.dist_mat.get(0, 1), 0.0);
+    EXPECT_EQ(project.dist_mat.labels, std::vector<my_string>(3));
 }
 
 TEST_F(Opening, MantelWithoutStructureIsUnreadYetItsSizeCounts) {
@@ -355,11 +409,12 @@ TEST_F(Opening, HugeMatrixIsRefused) {
 }
 
 TEST_F(Opening, UnclosedMatrixStops) {
-    EXPECT_FALSE(open_data("[[DistanceMatrix]]\nMatrixName=\"m\"\nMatrixSize=2\nMatrixData={\n0\n1 0\n"));
+    EXPECT_FALSE(
+        open_data("[[DistanceMatrix]]\nMatrixName=\"m\"\nMatrixSize=2\nMatrixData={\nh1 h2\n0\n1 0\n"));
     EXPECT_TRUE(
         log.holds("\tNo closing brace in Matrix Data \"m\"definition. Aborting reading project.\n"
                   "\t\tProblems in reading DistanceMatrix section... aborting reading  project file.\n"));
-    EXPECT_TRUE(reported(Error, 21));
+    EXPECT_TRUE(reported(Error, 21, "DistMat::ReadDistanceMatrix()"));
 }
 
 TEST_F(Opening, UnreadableSamplesStop) {
@@ -395,7 +450,9 @@ TEST_F(Opening, OverLongLineInASectionLosesNothingSilently) {
                                   "h1 1 ") +
                       too_long + "\n}\nSampleName=\"b\"\n"));
     EXPECT_FALSE(open_data("", "[[Structure]]\n" + too_long + "\n"));
-    EXPECT_TRUE(log.holds(" : the line is longer than 149999 characters. Aborting reading project.\n"));
+    EXPECT_TRUE(
+        log.holds("\tLine #17 of the Structure section is longer than 149999 characters. "
+                  "Aborting reading project.\n"));
 }
 
 TEST_F(Opening, JunkIsNoProject) {
@@ -452,7 +509,10 @@ TEST_F(Opening, RealProjectsHaveTheirSamples) {
             sizes.push_back(sample->sample_size);
         EXPECT_EQ(sizes, one.sizes) << one.file;
         EXPECT_EQ(project.NbSamples, static_cast<int>(one.sizes.size())) << one.file;
-        EXPECT_EQ(project.dist_mat.MatrixSize, 0) << one.file;
+        const bool has_matrix = one.data_type == FREQUENCY;
+        EXPECT_EQ(project.dist_mat.MatrixSize, has_matrix ? 105 : 0) << one.file;
+        const bool has_groups = one.sizes.size() > 1;
+        EXPECT_EQ(project.structure->NbSamples, has_groups ? project.NbSamples : 0) << one.file;
     }
 }
 
@@ -503,6 +563,22 @@ TEST_F(Opening, BackUpIsReadAgain) {
     EXPECT_EQ(again.samples->populations.at_const(0)->sample_size, 3.0);
     EXPECT_EQ(again.haplo_db.list.count, 2);
     EXPECT_EQ(again.haplo_db.list.at_const(1)->content, project.haplo_db.list.at_const(1)->content);
+}
+
+TEST_F(Opening, BackUpHasMatrixAndGroups) {
+    ASSERT_TRUE(open_data(kMatrix, kStructure));
+    project.backup_written = true;
+    project.the_settings.backup_file_name = (folder / "p.bac").c_str();
+    ASSERT_TRUE(project.write());
+    Project again;
+    again.ProfileSettings::the_settings = &again.the_settings;
+    copy_path(settings::input_file, (folder / "p.bac").c_str(), settings::kInputFileSize);
+    ASSERT_TRUE(again.newOpen()) << read_text(folder / "p.bac") << log.text();
+    EXPECT_EQ(again.dist_mat.MatrixSize, 2);
+    EXPECT_EQ(again.dist_mat.get(1, 0), 1.5);
+    EXPECT_EQ(again.dist_mat.labels, project.dist_mat.labels);
+    EXPECT_EQ(again.structure->NbSamples, 1);
+    EXPECT_EQ(again.structure->StructureName.view(), "s");
 }
 
 TEST_F(Opening, BackUpOfSequencesHasNoSeparator) {

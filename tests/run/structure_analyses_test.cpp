@@ -111,6 +111,20 @@ TEST_F(Conditions, MatrixThatNobodyComputesIsNotNeeded) {
     EXPECT_TRUE(needs_haplotype_matrix(s));
 }
 
+TEST_F(Conditions, RowsAreBoundForWhatReadsTheMatrix) {
+    EXPECT_FALSE(needs_matrix_rows(s, true));
+    set(kTaskAmova, 0, 1);
+    EXPECT_TRUE(needs_matrix_rows(s, false));
+    set(kTaskPairwiseFst, 0, 0);
+    EXPECT_FALSE(needs_matrix_rows(s, true));
+    s.PrintMissIntermatchs = 1;
+    EXPECT_TRUE(needs_matrix_rows(s, false));
+    // A correlation of given matrices has no haplotypes to bind.
+    set(kTaskMantel, 0, 0);
+    EXPECT_TRUE(needs_matrix_rows(s, true));
+    EXPECT_FALSE(needs_matrix_rows(s, false));
+}
+
 TEST_F(Conditions, MatrixIsPrintedForItselfAndForTheNetwork) {
     EXPECT_FALSE(prints_haplotype_matrix(s));
     s.PrintDistanceMatrix = 1;
@@ -271,12 +285,11 @@ TEST_F(StructureAnalyses, EachAnalysisThatIsNotHeldIsNamedOnce) {
     s.TaskNumber = kTaskAmova | kTaskPairwiseFst | kTaskMantel | kTaskExactDifferentiation;
     project.GenStructCalculations(&document_stream);
     for (const char* name :
-         {"analysis of molecular variance", "analysis of molecular variance locus by locus",
-          "pairwise comparison of samples", "correlation between distance matrices",
+         {"analysis of molecular variance locus by locus", "correlation between distance matrices",
           "exact test of population differentiation"})
         EXPECT_EQ(count_of(document(), std::string("this version does not hold the ") + name + ".\n"), 1)
             << name;
-    EXPECT_EQ(count_of(document(), "Not computed"), 5);
+    EXPECT_EQ(count_of(document(), "Not computed"), 3);
 }
 
 // --- Pooling
