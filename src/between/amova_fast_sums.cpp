@@ -21,14 +21,47 @@ constexpr double kExactLimit = 9007199254740992.0;
 
 constexpr int kBitsPerWord = 64;
 
+// Rows of the square are a multiple of this long, so that a loop over the columns has no rest.
+constexpr std::size_t kColumnsPerStep = 32;
+
+constexpr std::int64_t kLargestShort = std::numeric_limits<std::uint16_t>::max();
+
+// Cells that are added up by columns in the time of looking up one pair of rows.
+constexpr std::int64_t kCellsPerLookup = 20;
+
+// sums[j] = sum of rows[i][j] over the n rows; no sum may exceed 16 bits. The columns do not
+// overlap with the rows. Eight rows at a time, so that a sum is loaded and stored less often.
+void add_rows(const std::uint16_t* const* rows, int n, std::size_t columns, std::uint16_t* __restrict sums) {
+    std::fill_n(sums, columns, std::uint16_t{0});
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        const std::uint16_t *const r0 = rows[i], *const r1 = rows[i + 1], *const r2 = rows[i + 2],
+                                   *const r3 = rows[i + 3], *const r4 = rows[i + 4], *const r5 = rows[i + 5],
+                                   *const r6 = rows[i + 6], *const r7 = rows[i + 7];
+        for (std::size_t j = 0; j < columns; ++j)
+            sums[j] = static_cast<std::uint16_t>(sums[j] + r0[j] + r1[j] + r2[j] + r3[j] + r4[j] + r5[j] +
+                                                 r6[j] + r7[j]);
+    }
+    for (; i < n; ++i) {
+        const std::uint16_t* const row = rows[i];
+        for (std::size_t j = 0; j < columns; ++j)
+            sums[j] = static_cast<std::uint16_t>(sums[j] + row[j]);
+    }
+}
+
 }  // namespace
 
 PairSums::PairSums(const DistMat& D, const std::vector<int>& copies) : D_(D) {
     number_rows(copies);
     choose_way(static_cast<std::int64_t>(copies.size()));
-    if (way_ == Way::kBytes) fill_square(bytes_);
-    if (way_ == Way::kWords) fill_square(words_);
     const std::size_t size = row_.size();
+    stride_ = (size + kColumnsPerStep - 1) / kColumnsPerStep * kColumnsPerStep;
+    if (way_ == Way::kShort) {
+        fill_square(short_);
+        rows_.resize(copies.size());
+        columns_.resize(stride_);
+    }
+    if (way_ == Way::kWords) fill_square(words_);
     count_.assign(size, 0);
     present_.assign(size / kBitsPerWord + 1, 0);
     tally_.resize(size + 1);
@@ -69,17 +102,17 @@ void PairSums::choose_way(std::int64_t nb_copies) {
     const double n = static_cast<double>(nb_copies);
     const double magnitude = std::max(largest, -smallest);
     if (!(magnitude <= kLargestWord && n * n * magnitude < kExactLimit)) return;
-    constexpr double kLargestByte = std::numeric_limits<std::uint8_t>::max();
-    way_ = smallest >= 0.0 && largest <= kLargestByte ? Way::kBytes : Way::kWords;
+    largest_ = static_cast<std::int64_t>(largest);
+    way_ = smallest >= 0.0 && largest_ <= kLargestShort ? Way::kShort : Way::kWords;
 }
 
 template <class Cell>
-void PairSums::fill_square(std::vector<Cell>& square) const {
+void PairSums::fill_square(std::vector<Cell>& square) {
     const std::size_t size = row_.size();
-    square.resize(size * size);
+    square.assign(size * stride_, 0);
     for (std::size_t r = 0; r < size; ++r) {
         for (std::size_t s = 0; s < size; ++s)
-            square[r * size + s] = static_cast<Cell>(cell(static_cast<int>(r), static_cast<int>(s)));
+            square[r * stride_ + s] = static_cast<Cell>(cell(static_cast<int>(r), static_cast<int>(s)));
     }
 }
 
@@ -87,10 +120,10 @@ double PairSums::between(int r, int s) const {
     switch (way_) {
         case Way::kConventional:
             return r == s ? 0.0 : 1.0;
-        case Way::kBytes:
-            return bytes_[static_cast<std::size_t>(code_[r]) * row_.size() + code_[s]];
+        case Way::kShort:
+            return short_[static_cast<std::size_t>(code_[r]) * stride_ + code_[s]];
         case Way::kWords:
-            return words_[static_cast<std::size_t>(code_[r]) * row_.size() + code_[s]];
+            return words_[static_cast<std::size_t>(code_[r]) * stride_ + code_[s]];
         default:
             return D_(r, s);
     }
@@ -100,10 +133,11 @@ double PairSums::within(const int* copies, int n) {
     switch (way_) {
         case Way::kConventional:
             return different_pairs(copies, n);
-        case Way::kBytes:
-            return static_cast<double>(whole_sum(bytes_, tally_by_arrival(copies, n)));
+        case Way::kShort:
+            if (is_faster_by_columns(n)) return static_cast<double>(sum_by_columns(copies, n));
+            return static_cast<double>(sum_by_pairs(short_, tally_by_arrival(copies, n)));
         case Way::kWords:
-            return static_cast<double>(whole_sum(words_, tally_by_arrival(copies, n)));
+            return static_cast<double>(sum_by_pairs(words_, tally_by_arrival(copies, n)));
         default:
             return sum_in_order(tally_in_order(copies, n));
     }
@@ -148,10 +182,10 @@ int PairSums::tally_in_order(const int* copies, int n) {
 }
 
 template <class Cell>
-std::int64_t PairSums::whole_sum(const std::vector<Cell>& square, int rows) {
+std::int64_t PairSums::sum_by_pairs(const std::vector<Cell>& square, int rows) const {
     std::int64_t sum = 0;
     for (int a = 0; a < rows; ++a) {
-        const Cell* const D_r = square.data() + static_cast<std::size_t>(tally_[a].code) * row_.size();
+        const Cell* const D_r = square.data() + static_cast<std::size_t>(tally_[a].code) * stride_;
         const std::int64_t f_r = tally_[a].count;
         std::int64_t with_earlier = 0;
         for (int b = 0; b < a; ++b)
@@ -161,8 +195,27 @@ std::int64_t PairSums::whole_sum(const std::vector<Cell>& square, int rows) {
     return sum;
 }
 
+bool PairSums::is_faster_by_columns(int n) const {
+    const std::int64_t most_rows = std::min<std::int64_t>(n, static_cast<std::int64_t>(row_.size()));
+    const std::int64_t cells = n * static_cast<std::int64_t>(stride_);
+    return n * largest_ <= kLargestShort && cells < kCellsPerLookup * most_rows * most_rows / 2;
+}
+
+// The column sums at the columns of the copies count each pair twice, and each copy with itself.
+std::int64_t PairSums::sum_by_columns(const int* copies, int n) {
+    for (int i = 0; i < n; ++i)
+        rows_[i] = short_.data() + static_cast<std::size_t>(code_[copies[i]]) * stride_;
+    add_rows(rows_.data(), n, stride_, columns_.data());
+    std::int64_t twice = 0;
+    for (int i = 0; i < n; ++i) {
+        const std::int32_t code = code_[copies[i]];
+        twice += columns_[code] - rows_[i][code];
+    }
+    return twice / 2;
+}
+
 // The terms and their order are those of Population::ComputeSSDWP.
-double PairSums::sum_in_order(int rows) {
+double PairSums::sum_in_order(int rows) const {
     double sum = 0.0;
     for (int a = 0; a < rows; ++a) {
         const int r = row_[tally_[a].code];

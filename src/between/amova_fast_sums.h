@@ -4,13 +4,15 @@
 // The rows of the matrix that occur in an analysis are numbered densely, and the way of
 // summing is chosen once, by what the distances are:
 //   - 0 on the diagonal and 1 elsewhere: the number of pairs of copies with different rows
-//   - whole numbers: copies are tallied in their order of arrival, and the sum is a whole
-//     number, exact in any order
+//   - whole numbers: the sum is a whole number, exact in any order. With few different rows the
+//     copies are tallied, and the pairs of rows looked up; else the matrix rows of all copies
+//     are added up, many columns at a time, and the sums read at the columns of the copies
 //   - others: rows in ascending order, as Population::ComputeSSDWP takes them, since the order
 //     of such a sum decides its last digits
 // The result is in each case that of ComputeSSDWP to the last digit.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -27,7 +29,8 @@ public:
     PairSums(const DistMat& D, const std::vector<int>& copies);
 
     // Sum over all pairs of the n copies at `copies` of the distance between their rows.
-    // Cost:     O(n + k^2) for k different rows; allocates nothing
+    // Cost:     O(n + k^2) for k different rows, or O(n h) for h rows prepared for, with a small
+    //           factor, where that is less; allocates nothing
     double within(const int* copies, int n);
 
     // Distance between the rows of two copies.
@@ -38,7 +41,7 @@ public:
     bool whole_numbers() const { return way_ != Way::kInOrder; }
 
 private:
-    enum class Way { kConventional, kBytes, kWords, kInOrder };
+    enum class Way { kConventional, kShort, kWords, kInOrder };
 
     // One row of the matrix among the copies at hand.
     struct Tally {
@@ -46,29 +49,34 @@ private:
         std::int32_t count;
     };
 
-    const DistMat& D_;                    // squared distances
-    Way way_ = Way::kInOrder;             // see above
-    int size_ = 0;                        // different rows that occur
-    std::vector<std::int32_t> code_;      // dense number of each matrix row; -1 for one that does not occur
-    std::vector<std::int32_t> row_;       // matrix row of each dense number, ascending
-    std::vector<std::uint8_t> bytes_;     // size_ x size_ distances, when all are from 0 to 255
-    std::vector<std::int32_t> words_;     // the same for other whole numbers
-    std::vector<std::int32_t> count_;     // working tally by dense number; all 0 between calls
-    std::vector<std::uint64_t> present_;  // working set of dense numbers; empty between calls
-    std::vector<Tally> tally_;            // working list of the rows present, one entry longer than the rows
+    const DistMat& D_;                        // squared distances
+    Way way_ = Way::kInOrder;                 // see above
+    std::vector<std::int32_t> code_;          // dense number of each matrix row that occurs
+    std::vector<std::int32_t> row_;           // matrix row of each dense number, ascending
+    std::size_t stride_ = 0;                  // cells of a row of the square, some of them unused
+    std::vector<std::uint16_t> short_;        // square of the distances, when all fit
+    std::vector<std::int32_t> words_;         // the same for other whole numbers
+    std::int64_t largest_ = 0;                // largest of whole distances
+    std::vector<std::int32_t> count_;         // working tally by dense number; all 0 between calls
+    std::vector<std::uint64_t> present_;      // working set of dense numbers; empty between calls
+    std::vector<Tally> tally_;                // working list of rows, one entry longer than they are
+    std::vector<const std::uint16_t*> rows_;  // working list of the rows of short_; not owned
+    std::vector<std::uint16_t> columns_;      // working sums of the columns of short_
 
     void number_rows(const std::vector<int>& copies);
     void choose_way(std::int64_t nb_copies);
     template <class Cell>
-    void fill_square(std::vector<Cell>& square) const;
+    void fill_square(std::vector<Cell>& square);
     double cell(int code_r, int code_s) const;
 
     double different_pairs(const int* copies, int n);
     int tally_by_arrival(const int* copies, int n);
     int tally_in_order(const int* copies, int n);
     template <class Cell>
-    std::int64_t whole_sum(const std::vector<Cell>& square, int rows);
-    double sum_in_order(int rows);
+    std::int64_t sum_by_pairs(const std::vector<Cell>& square, int rows) const;
+    bool is_faster_by_columns(int n) const;
+    std::int64_t sum_by_columns(const int* copies, int n);
+    double sum_in_order(int rows) const;
 };
 
 }  // namespace mnd
