@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <ctime>
+#include <exception>
 #include <memory>
-#include <new>
 #include <vector>
 
 #include "between/amova.h"
@@ -221,7 +221,7 @@ template <class Step>
 auto run_or_report(Step step) {
     try {
         return step();
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         E.error(Memory, kReporter, kNotEnoughMemory);
         throw Amova::AmovaFatalError();
     }
