@@ -110,7 +110,10 @@ struct TamuraNeiTerms {
 };
 
 DnaFault set_tamura_nei(const TamuraNeiTerms& t, DnaPair& pair) {
-    if (!(t.w1 > 0.0 && t.w2 > 0.0 && t.w3 > 0.0)) return DnaFault::kTamuraNeiUnbalanced;
+    if (!(t.w1 > 0.0 && t.w2 > 0.0 && t.w3 > 0.0)) {
+        pair.distance = pair.distance_var = 0.0;
+        return DnaFault::kTamuraNeiUnbalanced;
+    }
     const double l3 = std::log(t.w3);
     const double D =
         -t.kR * std::log(t.w1) - t.kY * std::log(t.w2) - (2.0 * t.gR * t.gY - t.kR * t.gY - t.kY * t.gR) * l3;

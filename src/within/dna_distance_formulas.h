@@ -85,7 +85,7 @@ DnaFault tamura_distance(const SiteCounts& counts, const BaseComposition& compos
 // The distance for two rates of transitions and one of transversions, with gamma if a is not 0.
 // Writes:  also diff_count, tv_rate; without gamma ts_dist, tv_dist, ratio and its variance
 // Fault:   a base that does not occur, an argument not above 0; with gamma, a distance outside
-//          the positive range of single precision.
+//          the positive range of single precision. The distance and its variance are then 0.
 // Kept on purpose: two sequences without a difference have the distance 0, which is within
 // the method without gamma and a fault with it.
 // Test: DnaDistances.TamuraNeiWithGammaFailsForIdenticalSequences

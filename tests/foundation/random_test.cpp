@@ -618,6 +618,18 @@ TEST_F(Deviates, GammaOfMixedOrderHasItsLaw) {
     }
 }
 
+TEST_F(Deviates, GammaOfMixedOrderDrawsTheWholePartFirst) {
+    for (const double whole : {2.0, 6.0}) {
+        const double waiting_time = mnd::igamma_dev(static_cast<int>(whole));
+        const double rest = mnd::gamma_dev(0.5);
+        const double after = next();
+        seed();
+        EXPECT_EQ(mnd::gamma_dev(whole + 0.5), rest + waiting_time);
+        EXPECT_EQ(next(), after);
+        seed();
+    }
+}
+
 TEST_F(Deviates, GammaOfInfiniteOrderEnds) {
     EXPECT_GT(mnd::gamma_dev(HUGE_VAL), 0.0);
     EXPECT_GT(mnd::gamma_dev(1e12), 0.0);
@@ -669,6 +681,35 @@ TEST_F(Deviates, PoissonOfTwelveHasItsFrequencies) {
         const double p = std::exp(k * std::log(12.0) - 12.0 - std::lgamma(k + 1.0));
         EXPECT_NEAR(count[static_cast<std::size_t>(k)], kDraws * p, 4.5 * std::sqrt(kDraws * p * (1.0 - p)))
             << k;
+    }
+}
+
+// Each proposal takes one number, and one that is not negative another for the comparison of
+// the Poisson law with the Lorentzian: followed here with the numbers of the stream.
+TEST_F(Deviates, PoissonFromTwelveUpDrawsProposalThenComparison) {
+    for (const double mean : {12.0, 40.0}) {
+        const double g = mean * std::log(mean) - std::lgamma(mean + 1.0);
+        int negative = 0;
+        int refused = 0;
+        for (int round = 0; round < 300; ++round) {
+            seed_with(-9000 - round);
+            double em = -1.0;
+            for (bool accepted = false; !accepted;) {
+                const double y = std::tan(3.141592654 * next());
+                em = std::floor(std::sqrt(2.0 * mean) * y + mean);
+                negative += em < 0.0 ? 1 : 0;
+                if (em < 0.0) continue;
+                const double log_ratio = em * std::log(mean) - std::lgamma(em + 1.0) - g;
+                accepted = next() <= 0.9 * (1.0 + y * y) * std::exp(log_ratio);
+                refused += accepted ? 0 : 1;
+            }
+            const double after = next();
+            seed_with(-9000 - round);
+            EXPECT_EQ(poisson(mean), em);
+            EXPECT_EQ(next(), after);
+        }
+        EXPECT_GT(negative, 0);
+        EXPECT_GT(refused, 0);
     }
 }
 

@@ -518,7 +518,10 @@ TEST(DnaDistanceFormulas, TamuraNeiFailsForUnbalancedOrDivergentSequences) {
               DnaFault::kTamuraNeiUnbalanced);
     EXPECT_EQ(pair.distance, 0.0);
     EXPECT_EQ(pair.distance_var, 0.0);
+    pair.distance = pair.distance_var = 9.0;
     EXPECT_EQ(tamura_nei_distance({5, 5, 0, 10}, {kEqual, 0.5}, 0.0, pair), DnaFault::kTamuraNeiUnbalanced);
+    EXPECT_EQ(pair.distance, 0.0);
+    EXPECT_EQ(pair.distance_var, 0.0);
 }
 
 TEST(DnaDistanceFormulas, TamuraNeiWithGammaFailsOutsideSinglePrecision) {
