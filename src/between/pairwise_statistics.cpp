@@ -60,6 +60,11 @@ PairDifferences pair_differences(const PairDesign& design, const PairSSD& ssd) {
     const double pairs = design.n_i * design.n_j;
     differences.pi_XY = pairs > 0.0 ? ssd.between / pairs : 0.0;
     differences.corrected = differences.pi_XY - (differences.pi_X + differences.pi_Y) / 2.0;
+    const double others_i = std::max(design.n_i - 1.0, 1.0);
+    const double others_j = std::max(design.n_j - 1.0, 1.0);
+    differences.corrected_multiple = ssd.between * (others_i * others_j) -
+                                     ssd.first * (design.n_j * others_j) -
+                                     ssd.second * (design.n_i * others_i);
     return differences;
 }
 

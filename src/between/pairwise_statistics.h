@@ -42,6 +42,9 @@ struct PairDifferences {
     double pi_Y = 0.0;       // within the second one
     double pi_XY = 0.0;      // between: B / (n_i n_j), 0 when a sample is empty
     double corrected = 0.0;  // pi_XY - (pi_X + pi_Y) / 2
+    // The same times n_i n_j (n_i - 1) (n_j - 1), a factor of 0 left out. With whole distances it is a
+    // whole number, so that arrangements of equal value compare equal, which rounding would hide.
+    double corrected_multiple = 0.0;
 };
 PairDifferences pair_differences(const PairDesign& design, const PairSSD& ssd);
 

@@ -63,7 +63,7 @@ void PairTestCounters::count_component(double Va) {
 
 void PairTestCounters::count_differences(const PairDifferences& differences) {
     if (observed_.differences.pi_XY <= differences.pi_XY) ++pi_hits_;
-    if (observed_.differences.corrected <= differences.corrected) ++corrected_hits_;
+    if (observed_.differences.corrected_multiple <= differences.corrected_multiple) ++corrected_hits_;
 }
 
 void PairTestCounters::count_divergence(double tau, double k, double theta) {

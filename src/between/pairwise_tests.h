@@ -56,7 +56,7 @@ public:
     // closer to it than kAmovaEpsilon.
     void count_component(double Va);
     // Counts its differences: hits when the observed ones are not above them. No tolerance: both
-    // come from the same expressions.
+    // come from the same expressions. The corrected ones are compared by their multiples.
     void count_differences(const PairDifferences& differences);
     // Counts a permutation whose divergence was found: a hit of k and of theta when they are not
     // below the observed ones.
