@@ -65,6 +65,9 @@ PairSums::PairSums(const DistMat& D, const std::vector<int>& copies) : D_(D) {
     count_.assign(size, 0);
     present_.assign(size / kBitsPerWord + 1, 0);
     tally_.resize(size + 1);
+    if (way_ != Way::kInOrder) return;
+    for (std::vector<Entry>& entries : lanes_)
+        entries.resize(size);
 }
 
 void PairSums::number_rows(const std::vector<int>& copies) {
@@ -139,7 +142,26 @@ double PairSums::within(const int* copies, int n) {
         case Way::kWords:
             return static_cast<double>(sum_by_pairs(words_, tally_by_arrival(copies, n)));
         default:
-            return sum_in_order(tally_in_order(copies, n));
+            return sum_in_order(lanes_[0], 0, tally_in_order(copies, n, lanes_[0]), 0.0);
+    }
+}
+
+void PairSums::within_each(const int* copies, const std::vector<int>& sizes, std::vector<double>& sums) {
+    sums.resize(sizes.size());
+    const bool all_rows_stored = row_.empty() || row_.back() < D_.dim;
+    std::size_t i = 0;
+    while (way_ == Way::kInOrder && all_rows_stored && i + kLanes <= sizes.size()) {
+        std::array<int, kLanes> rows{};
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            rows[lane] = tally_in_order(copies, sizes[i + lane], lanes_[lane]);
+            copies += sizes[i + lane];
+        }
+        sum_lanes(rows, &sums[i]);
+        i += kLanes;
+    }
+    for (; i < sizes.size(); ++i) {
+        sums[i] = within(copies, sizes[i]);
+        copies += sizes[i];
     }
 }
 
@@ -165,7 +187,7 @@ int PairSums::tally_by_arrival(const int* copies, int n) {
     return rows;
 }
 
-int PairSums::tally_in_order(const int* copies, int n) {
+int PairSums::tally_in_order(const int* copies, int n, std::vector<Entry>& entries) {
     for (int i = 0; i < n; ++i) {
         const std::int32_t code = code_[copies[i]];
         ++count_[code];
@@ -175,7 +197,7 @@ int PairSums::tally_in_order(const int* copies, int n) {
     for (std::size_t word = 0; word < present_.size(); ++word) {
         for (std::uint64_t bits = std::exchange(present_[word], 0); bits != 0; bits &= bits - 1) {
             const int code = static_cast<int>(word) * kBitsPerWord + std::countr_zero(bits);
-            tally_[rows++] = {code, std::exchange(count_[code], 0)};
+            entries[rows++] = {row_[code], static_cast<double>(std::exchange(count_[code], 0))};
         }
     }
     return rows;
@@ -214,20 +236,49 @@ std::int64_t PairSums::sum_by_columns(const int* copies, int n) {
     return twice / 2;
 }
 
-// The terms and their order are those of Population::ComputeSSDWP.
-double PairSums::sum_in_order(int rows) const {
-    double sum = 0.0;
-    for (int a = 0; a < rows; ++a) {
-        const int r = row_[tally_[a].code];
-        const double f_r = tally_[a].count;
+// Goes on with the entries from `first` on. The terms and their order are those of
+// Population::ComputeSSDWP.
+double PairSums::sum_in_order(const std::vector<Entry>& entries, int first, int rows, double sum) const {
+    for (int a = first; a < rows; ++a) {
+        const auto [r, f_r] = entries[a];
         const double* const D_r = r < D_.dim ? D_.data[r] : nullptr;
         sum += f_r * (f_r - 1.0) / 2.0 * (D_r != nullptr ? D_r[r] : D_(r, r));
         for (int b = 0; b < a; ++b) {
-            const int s = row_[tally_[b].code];
-            sum += f_r * tally_[b].count * (D_r != nullptr ? D_r[s] : D_(r, s));
+            const auto [s, f_s] = entries[b];
+            sum += f_r * f_s * (D_r != nullptr ? D_r[s] : D_(r, s));
         }
     }
     return sum;
+}
+
+// As far as all four have entries they go side by side, then each to its end.
+void PairSums::sum_lanes(const std::array<int, kLanes>& rows, double* sums) const {
+    const int common = *std::min_element(rows.begin(), rows.end());
+    const Entry *const e0 = lanes_[0].data(), *const e1 = lanes_[1].data(), *const e2 = lanes_[2].data(),
+                       *const e3 = lanes_[3].data();
+    const auto diagonal = [this](const Entry& e) {
+        return e.count * (e.count - 1.0) / 2.0 * D_.data[e.row][e.row];
+    };
+    double sum0 = 0.0, sum1 = 0.0, sum2 = 0.0, sum3 = 0.0;
+    for (int a = 0; a < common; ++a) {
+        const double *const D0 = D_.data[e0[a].row], *const D1 = D_.data[e1[a].row],
+                            *const D2 = D_.data[e2[a].row], *const D3 = D_.data[e3[a].row];
+        const double f0 = e0[a].count, f1 = e1[a].count, f2 = e2[a].count, f3 = e3[a].count;
+        sum0 += diagonal(e0[a]);
+        sum1 += diagonal(e1[a]);
+        sum2 += diagonal(e2[a]);
+        sum3 += diagonal(e3[a]);
+        for (int b = 0; b < a; ++b) {
+            sum0 += f0 * e0[b].count * D0[e0[b].row];
+            sum1 += f1 * e1[b].count * D1[e1[b].row];
+            sum2 += f2 * e2[b].count * D2[e2[b].row];
+            sum3 += f3 * e3[b].count * D3[e3[b].row];
+        }
+    }
+    sums[0] = sum_in_order(lanes_[0], common, rows[0], sum0);
+    sums[1] = sum_in_order(lanes_[1], common, rows[1], sum1);
+    sums[2] = sum_in_order(lanes_[2], common, rows[2], sum2);
+    sums[3] = sum_in_order(lanes_[3], common, rows[3], sum3);
 }
 
 }  // namespace mnd

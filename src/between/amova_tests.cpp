@@ -96,6 +96,7 @@ private:
     PermutationPlan permutations_;
     std::vector<int> sizes_;  // gene copies of each sample, in the order of all_pops
     PairSums sums_;
+    std::vector<double> ssd_;  // of each sample, as the last permutation gave them
     double observed_W_;
     double observed_A_;
     double observed_SSDWI_;
@@ -145,11 +146,10 @@ DesignTests::DesignTests(Amova& analysis, const DesignPlan& plan, const Permutat
 // ---- Sums of the present arrangement
 
 double DesignTests::sum_within() {
+    sums_.within_each(a_.haplo_index.data(), sizes_, ssd_);
     double W = 0.0;
-    const int* copies = a_.haplo_index.data();
     for (std::size_t i = 0; i < sizes_.size(); ++i) {
-        if (sizes_[i] > 0) W += sums_.within(copies, sizes_[i]) / a_.all_pops[i]->sample_size;
-        copies += sizes_[i];
+        if (sizes_[i] > 0) W += ssd_[i] / a_.all_pops[i]->sample_size;
     }
     return W;
 }

@@ -73,6 +73,35 @@ void expect_sums(const Cell& cell, int rows, bool whole) {
                   D(all[static_cast<std::size_t>(i)], all[0]));
 }
 
+// Up to 30 samples of 0 to 8 copies.
+void expect_sums_of_each(const Cell& cell, int rows) {
+    std::mt19937 random(11);
+    DistMat D;
+    fill(D, rows, cell);
+    const std::vector<int> all = random_copies(random, 240, rows);
+    PairSums sums(D, all);
+    for (std::size_t nb_samples = 0; nb_samples <= 30; ++nb_samples) {
+        std::vector<int> sizes(nb_samples);
+        for (int& size : sizes)
+            size = static_cast<int>(random() % 9);
+        std::vector<double> each;
+        sums.within_each(all.data(), sizes, each);
+        ASSERT_EQ(each.size(), nb_samples);
+        const int* copies = all.data();
+        for (std::size_t i = 0; i < nb_samples; ++i) {
+            ASSERT_EQ(each[i], sums.within(copies, sizes[i]));
+            ASSERT_EQ(each[i], tallied(D, {copies, copies + sizes[i]}, rows));
+            copies += sizes[i];
+        }
+    }
+}
+
+TEST(PairSums, ConsecutiveSamplesOfAnySizes) {
+    expect_sums_of_each([](int i, int j) { return i == j ? 0.0 : 1 + (i * 31 + j * 17) % 23; }, 20);
+    for (const int rows : {1, 3, 20, 100})
+        expect_sums_of_each([](int i, int j) { return 0.1 + ((i * 31 + j * 17) % 23) / 7.0; }, rows);
+}
+
 TEST(PairSums, SmallWholeNumbers) {
     for (const int rows : {1, 2, 7, 40, 64, 65, 200, 1000})
         expect_sums([](int i, int j) { return i == j ? 0.0 : 1 + (i * 31 + j * 17) % 23; }, rows, true);
