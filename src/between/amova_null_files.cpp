@@ -26,9 +26,10 @@ constexpr std::size_t kCellWidth = 10;
 constexpr MessageCode kMissingFile[] = {kMissingVarANullDistribution, kMissingVarBNullDistribution,
                                         kMissingVarCNullDistribution, kMissingVarDNullDistribution};
 
-char letter_of(int component) {
-    return static_cast<char>('a' + component);
-}
+// The texts that name a component.
+constexpr const char* kResultsOf[] = {"Results : Va\n", "Results : Vb\n", "Results : Vc\n", "Results : Vd\n"};
+constexpr const char* kColumnOf[] = {"Va", "Vb", "Vc", "Vd"};
+constexpr const char* kObservedOf[] = {"\nVa : ", "\nVb : ", "\nVc : ", "\nVd : "};
 
 // Ascending; what is not a number comes last.
 bool comes_before(double a, double b) {
@@ -75,7 +76,7 @@ void print_observed(std::ostream& out, const std::vector<const NullDistribution*
     out << "\nObserved  values:"
            "\n-----------------";
     for (const NullDistribution* null : nulls)
-        out << "\nV" << letter_of(null->component) << " : " << null->observed;
+        out << kObservedOf[null->component] << null->observed;
     out << '\n';
 }
 
@@ -135,7 +136,7 @@ void print_null_distribution(std::ostream& out, const Amova& analysis, const Nul
         << "===============================================\n\n"
         << "Number of permutations : " << null.size() << '\n'
         << "Time for computation   : " << milliseconds << " ms\n\n"
-        << "Results : V" << letter_of(null.component) << "\n============\n\n";
+        << kResultsOf[null.component] << "============\n\n";
     for (const double value : null.values) {
         print_MND_DOUBLE(out, value);
         out << '\n';
@@ -197,7 +198,7 @@ void print_null_histograms(std::ostream& out, const std::vector<NullDistribution
         << std::string(51, '=') << '\n';
     for (const NullDistribution* null : nulls) {
         print_cell(out, " ");
-        print_cell(out, std::string("V") + letter_of(null->component));
+        print_cell(out, kColumnOf[null->component]);
     }
     out << '\n';
     for (std::size_t k = 0; k < rows; ++k)

@@ -474,11 +474,14 @@ HitCounter::HitCounter(double observed, Tail tail, const PermutationPlan& plan)
       hits_(static_cast<std::size_t>(plan.classes) + 2, 0.0F) {}
 
 void HitCounter::add(double value) {
-    const bool is_equal = std::fabs(value - observed_) < kAmovaEpsilon;
-    const bool is_beyond = !is_equal && (tail_ == Tail::kLower ? value < observed_ : value > observed_);
-    equal_ += is_equal ? 1 : 0;
-    beyond_ += is_beyond ? 1 : 0;
-    if (is_equal || is_beyond) hits_[static_cast<std::size_t>(cell_)] += 1.0F;
+    const bool equal = std::fabs(value - observed_) < kAmovaEpsilon;
+    const bool less = !equal && value < observed_;
+    const bool greater = !equal && value > observed_;
+    equal_ += equal ? 1 : 0;
+    less_ += less ? 1 : 0;
+    greater_ += greater ? 1 : 0;
+    const bool is_hit = equal || (tail_ == Tail::kLower ? less : greater);
+    if (is_hit) hits_[static_cast<std::size_t>(cell_)] += 1.0F;
     if (++cell_ >= plan_.classes) cell_ = 0;
 }
 

@@ -38,9 +38,9 @@ public:
     void add(double value);
 
     // Proportions of the permutations of the plan.
-    double beyond() const { return proportion(beyond_); }
+    double beyond() const { return proportion(nb_beyond()); }
     double equal() const { return proportion(equal_); }
-    double p_value() const { return proportion(beyond_ + equal_); }
+    double p_value() const { return proportion(nb_beyond() + equal_); }
     // Standard deviation of p_value from its variation among the classes, to which the
     // permutations go in turn; in single precision. 0 with a single class.
     float error() const;
@@ -49,11 +49,13 @@ private:
     double observed_;
     Tail tail_;
     PermutationPlan plan_;
-    std::int64_t beyond_ = 0;
+    std::int64_t less_ = 0;
     std::int64_t equal_ = 0;
+    std::int64_t greater_ = 0;
     std::int64_t cell_ = 0;    // class of the next permutation
     std::vector<float> hits_;  // hits of each class, two cells more than classes
 
+    std::int64_t nb_beyond() const { return tail_ == Tail::kLower ? less_ : greater_; }
     double proportion(std::int64_t hits) const;
 };
 
