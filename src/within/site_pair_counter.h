@@ -28,7 +28,7 @@ public:
     using Rule = std::function<unsigned(char first, char second)>;
 
     // kAny: sites may be regrouped, and those that do not vary are counted once.
-    // kKept: planes hold all sites in their order; needed by site_masks.
+    // kKept: planes hold all sites in their order; needed by site_mask.
     enum class Order { kAny, kKept };
 
     // The code for this processor, or the one for any; they count the same.

@@ -232,6 +232,31 @@ TEST(ProbOfChiSq, MatchesClosedFormsOnBothBranches) {
     }
 }
 
+// Below x = a + 1 the value is that of the series, from there on that of the continued fraction:
+// they differ in the last digits of single precision.
+TEST(ProbOfChiSq, ChangesItsMethodAtOneAboveHalfTheDegreesOfFreedom) {
+    int distinct_at = 0;
+    int distinct_below = 0;
+    for (int df = 1; df <= 60; ++df) {
+        const float a = static_cast<float>(df) / 2.0F;
+        const float at = a + 1.0F;
+        const float below = std::nextafter(at, 0.0F);
+        float series = 0.0F;
+        float fraction = 0.0F;
+        float gln = 0.0F;
+        mnd::gser(&series, a, at, &gln);
+        mnd::gcf(&fraction, a, at, &gln);
+        EXPECT_EQ(mnd::Prob_of_chi_sq(2.0F * a, 2.0F * at), fraction) << df;
+        distinct_at += fraction != 1.0F - series ? 1 : 0;
+        mnd::gser(&series, a, below, &gln);
+        mnd::gcf(&fraction, a, below, &gln);
+        EXPECT_EQ(mnd::Prob_of_chi_sq(2.0F * a, 2.0F * below), 1.0F - series) << df;
+        distinct_below += fraction != 1.0F - series ? 1 : 0;
+    }
+    EXPECT_GT(distinct_at, 0);
+    EXPECT_GT(distinct_below, 0);
+}
+
 TEST(ProbOfChiSq, ZeroIsCertain) {
     EXPECT_EQ(mnd::Prob_of_chi_sq(3.0F, 0.0F), 1.0F);
 }
@@ -274,6 +299,16 @@ float identity(float x) {
     return x;
 }
 
+int evaluations = 0;
+float counted_cosine(float x) {
+    ++evaluations;
+    return cosine(x);
+}
+float counted_sign(float x) {
+    ++evaluations;
+    return sign(x);
+}
+
 TEST(Zbrent, FindsKnownRoots) {
     const CapturedReports reports;
     EXPECT_NEAR(mnd::zbrent(cosine, 0.0F, 3.0F, 1e-6F), 1.5707964F, 2e-6F);
@@ -288,6 +323,16 @@ TEST(Zbrent, RootAtAnEndIsReturnedAtOnce) {
     EXPECT_EQ(mnd::zbrent(identity, -1.0F, 0.0F, 1e-6F), 0.0F);
     EXPECT_EQ(mnd::zbrent(identity, 0.0F, 1.0F, 1e-6F), 0.0F);
     EXPECT_EQ(reports.all(), kNoReport);
+}
+
+// Halving 3 down to 1e-6 takes 22 steps; interpolation on a smooth function a third of that.
+TEST(Zbrent, InterpolatesSmoothFunctions) {
+    evaluations = 0;
+    EXPECT_NEAR(mnd::zbrent(counted_cosine, 0.0F, 3.0F, 1e-6F), 1.5707964F, 2e-6F);
+    EXPECT_LE(evaluations, 9);
+    evaluations = 0;
+    EXPECT_NEAR(mnd::zbrent(counted_cosine, 3.0F, 0.0F, 1e-6F), 1.5707964F, 2e-6F);
+    EXPECT_LE(evaluations, 9);
 }
 
 TEST(Zbrent, KeepsToItsTolerance) {
@@ -308,7 +353,9 @@ TEST(Zbrent, UnbracketedRootReportsAndCarriesOn) {
 // vanishes with it, so 100 halvings do not settle; each end is then 2^-100 or less away.
 TEST(Zbrent, PastItsRoundsReportsAndReturnsTheBestAbscissa) {
     const CapturedReports reports;
-    const float x = mnd::zbrent(sign, -1.0F, 1.0F, 0.0F);
+    evaluations = 0;
+    const float x = mnd::zbrent(counted_sign, -1.0F, 1.0F, 0.0F);
+    EXPECT_EQ(evaluations, 2 + 100);
     EXPECT_EQ(reports.all(), one_error("zbrent() maximum number of iterations exceeded in zbrent"));
     EXPECT_LT(std::fabs(x), 1e-28F);
 }

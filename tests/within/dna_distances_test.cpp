@@ -101,6 +101,14 @@ TEST(DnaDistances, UndeterminedSubstitutionsTakeTheSmallerWeight) {
     ASSERT_EQ(p.p_dist("AA", "BA"), 1);
     EXPECT_EQ(p.tv_rate, 2.0 / 3.0);
     EXPECT_EQ(p.ts_rate, 0.0);
+    // Without transitions: the transversion A to C and L = 4 + 4; without both L = 1 + 1.
+    p.ts_weight = 0.0;
+    p.tv_weight = 4.0;
+    ASSERT_EQ(p.p_dist("AA", "BC"), 1);
+    EXPECT_EQ(p.distance, 0.5);
+    p.tv_weight = 0.0;
+    ASSERT_EQ(p.p_dist("AA", "B-"), 1);
+    EXPECT_EQ(p.distance, 0.5);
 }
 
 TEST(DnaDistances, UndeterminedSubstitutionsAreDifferencesForJukesCantorOnly) {
@@ -289,6 +297,15 @@ TEST_F(DnaMatrix, LeavesTheWorkingValuesOfTheLastPair) {
     EXPECT_EQ(t.sample.tv_count, 1);
     EXPECT_EQ(t.sample.site_count, 8);
     EXPECT_EQ(t.sample.ts_rate, 0.25);
+}
+
+TEST_F(DnaMatrix, TheLargestDistanceIsThatOfTheLastMatrix) {
+    DnaSample t({"AAAACCCC", "AAAACCTT"});
+    ASSERT_EQ(t.sample.compute_distance_matrix(nullptr, &s, 0), 1);
+    EXPECT_EQ(t.sample.max_dist, 2);
+    t.sample.distance_method = 3;
+    ASSERT_EQ(t.sample.compute_distance_matrix(nullptr, &s, 0), 1);
+    EXPECT_EQ(t.sample.max_dist, 0);
 }
 
 TEST_F(DnaMatrix, ScalesProportionalMethodsToTheUsableSites) {
