@@ -1,6 +1,7 @@
 #include "between/pairwise_tables.h"
 
 #include <cmath>
+#include <cstddef>
 #include <iomanip>
 #include <sstream>
 #include <string>
@@ -28,7 +29,7 @@ namespace {
 constexpr int kDecimals = 5;
 constexpr int kNumberWidth = 6;            // of the numbers of rows
 constexpr int kCellWidth = kDecimals + 7;  // of a value, the blank ahead of it included
-constexpr int kBannerWidth = 86;
+constexpr std::size_t kBannerWidth = 86;
 
 constexpr const char* kNotConverged =
     "\nAn * denotes the cases where the estimation of divergence time did not converge\n";
@@ -85,10 +86,8 @@ void print_tagged(std::ostream& out, const char* element, Table table) {
 }
 
 void print_banner(std::ostream& out) {
-    out << '\n'
-        << rule(kBannerWidth, '=').substr(0, kBannerWidth)
-        << "\n== Comparisons of pairs of population samples\n"
-        << rule(kBannerWidth, '=');
+    const std::string line(kBannerWidth, '=');
+    out << '\n' << line << "\n== Comparisons of pairs of population samples\n" << line << '\n';
 }
 
 void print_labels(std::ostream& out, const PairwiseResults& results) {
@@ -134,10 +133,7 @@ void print_fst_p_values(std::ostream& out, const settings& s, const PairwiseResu
 
 void print_significant_fst(std::ostream& out, const settings& s, const PairwiseResults& results) {
     print_title(out, "Matrix of significant Fst P values");
-    {
-        const FormatGuard guard(out);
-        out << std::fixed << std::setprecision(4) << "\nSignificance Level=" << s.FSTSignifLevel << '\n';
-    }
+    out << std::fixed << std::setprecision(4) << "\nSignificance Level=" << s.FSTSignifLevel << '\n';
     print_matrix(out, results.P, Cells::kAll, 0, [&](int i, int j) {
         const char* const mark = i == j ? " " : is_significant(s, results, i, j) ? "+" : "-";
         out << std::setw(kCellWidth) << mark;
@@ -327,6 +323,7 @@ void write_differences(std::string_view project_file, const PairwiseResults& res
 }  // namespace
 
 void print_pairwise_tables(std::ostream& out, settings& s, const PairwiseResults& results) {
+    const FormatGuard guard(out);
     const bool fst = shows_fst(s, results);
     print_banner(out);
     print_labels(out, results);
