@@ -206,13 +206,16 @@ double Amova::half_pair_sum() const {
     return sum / 2.0;
 }
 
+// Groups without samples have no place in group_pops.
 void Amova::distribute_populations() {
     std::size_t next = 0;
-    for (std::size_t g = 0; g < group_pops.size(); ++g) {
-        const std::size_t in_group = static_cast<std::size_t>(structure->groups[g].count);
+    std::size_t g = 0;
+    for (const MY_TIArrayAsVector<Population>& group : structure->groups) {
+        if (group.count == 0 || g == group_pops.size()) continue;
         group_pops[g].clear();
-        for (std::size_t i = 0; i < in_group && next < all_pops.size(); ++i)
+        for (std::int64_t i = 0; i < group.count && next < all_pops.size(); ++i)
             group_pops[g].push_back(all_pops[next++]);
+        ++g;
     }
 }
 

@@ -13,6 +13,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "amova_data.h"
@@ -406,6 +407,110 @@ TEST_F(AmovaTests, PValuesApproachTheShareOfAllRearrangements) {
     }
 }
 
+// ---- Calibration
+
+// P-values of one test over data without any structure: gene copies of independent normal
+// values, whose squared differences are the distances.
+std::vector<double> p_values_without_structure(int (Amova::*run)(), bool individuals,
+                                               const std::vector<std::vector<int>>& sizes,
+                                               double amova_results::*p_value, int nb_data) {
+    std::mt19937 random(5);
+    std::normal_distribution<double> normal;
+    std::vector<double> p_values;
+    for (int i = 0; i < nb_data; ++i) {
+        std::vector<Group> groups;
+        std::vector<double> x;
+        for (const std::vector<int>& group : sizes) {
+            groups.emplace_back();
+            for (const int size : group) {
+                groups.back().emplace_back();
+                for (int k = 0; k < size; ++k) {
+                    groups.back().back().push_back(static_cast<int>(x.size()));
+                    x.push_back(normal(random));
+                }
+            }
+        }
+        const Distance squared = [&x](int a, int b) {
+            const double difference = x[static_cast<std::size_t>(a)] - x[static_cast<std::size_t>(b)];
+            return difference * difference;
+        };
+        AmovaData data(groups, static_cast<int>(x.size()), squared, true);
+        data.s.IncludeIndividualLevel = individuals ? 1 : 0;
+        data.s.NumPermutationsAMOVA = 200;
+        amova_results record;
+        const auto analysis = data.prepare();
+        analysis->results = &record;
+        ((*analysis).*run)();
+        p_values.push_back(record.*p_value);
+    }
+    std::sort(p_values.begin(), p_values.end());
+    return p_values;
+}
+
+// Largest distance of the distribution of the P-values from the uniform one, and how far it
+// rises above it (Kolmogorov and Smirnov).
+struct Deviation {
+    double any, above;
+};
+
+Deviation deviation_from_uniform(const std::vector<double>& sorted) {
+    Deviation deviation{0.0, 0.0};
+    const double n = static_cast<double>(sorted.size());
+    for (std::size_t i = 0; i < sorted.size(); ++i) {
+        const double below = static_cast<double>(i) / n;
+        const double up_to = static_cast<double>(i + 1) / n;
+        deviation.above = std::max(deviation.above, up_to - sorted[i]);
+        deviation.any = std::max({deviation.any, up_to - sorted[i], sorted[i] - below});
+    }
+    return deviation;
+}
+
+constexpr int kDataSets = 300;
+// Exceeded in one of 100,000 samples of a uniform distribution; and the grain of 210 permutations.
+const double kLargestDeviation = 2.47 / std::sqrt(static_cast<double>(kDataSets)) + 1.0 / 210.0;
+
+TEST_F(AmovaTests, PValuesAreUniformWithoutStructure) {
+    const std::vector<std::vector<int>> groups = {{6, 8, 4}, {6, 10}, {4, 6}};
+    const std::vector<std::vector<int>> one_group = {{6, 8, 4, 12}};
+    struct Case {
+        int (Amova::*run)();
+        bool individuals;
+        std::vector<std::vector<int>> sizes;
+        double amova_results::*p_value;
+    };
+    using R = amova_results;
+    const std::vector<Case> cases = {{&Amova::AMOVA_G_P_H, false, groups, &R::FST_pvalue},
+                                     {&Amova::AMOVA_G_P_H, false, groups, &R::FSC_pvalue},
+                                     {&Amova::AMOVA_G_P_IH, false, groups, &R::FST_pvalue},
+                                     {&Amova::AMOVA_G_P_IH, false, groups, &R::FSC_pvalue},
+                                     {&Amova::AMOVA_1G_P_H, false, one_group, &R::FST_pvalue},
+                                     {&Amova::AMOVA_1G_P_IH, false, one_group, &R::FST_pvalue},
+                                     {&Amova::AMOVA_1G_P_I, true, one_group, &R::FIS_pvalue},
+                                     {&Amova::AMOVA_1G_P_I, true, one_group, &R::FIT_pvalue},
+                                     {&Amova::AMOVA_G_P_I, true, groups, &R::FIT_pvalue},
+                                     {&Amova::AMOVA_G_P_I, true, groups, &R::FIS_pvalue},
+                                     {&Amova::AMOVA_G_P_I, true, groups, &R::FSC_pvalue},
+                                     {&Amova::AMOVA_1G_1P_I, true, {{16}}, &R::FIS_pvalue}};
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const Case& c = cases[i];
+        const std::vector<double> p_values =
+            p_values_without_structure(c.run, c.individuals, c.sizes, c.p_value, kDataSets);
+        EXPECT_LT(deviation_from_uniform(p_values).any, kLargestDeviation) << "case " << i;
+    }
+}
+
+// Few arrangements of samples differ: ties make the P-value larger, never smaller than uniform.
+TEST_F(AmovaTests, PValuesOfGroupsAreNotTooSmallWithoutStructure) {
+    const std::vector<std::vector<int>> groups = {{6, 8, 4}, {6, 10}, {4, 6}};
+    for (const auto& [run, individuals] :
+         {std::pair{&Amova::AMOVA_G_P_H, false}, std::pair{&Amova::AMOVA_G_P_I, true}}) {
+        const std::vector<double> p_values =
+            p_values_without_structure(run, individuals, groups, &amova_results::FCT_pvalue, kDataSets);
+        EXPECT_LT(deviation_from_uniform(p_values).above, kLargestDeviation);
+        EXPECT_LT(p_values.front(), 0.1);
+    }
+}
+
 TEST_F(AmovaTests, DrawsAreThoseOfTheShuffles) {
     const PlainDesign design = plain_designs()[0];
     const Run run = test_all(design, whole, 60);
@@ -496,6 +601,18 @@ TEST_F(AmovaTests, SamplesStayWhereTheLastPermutationPutThem) {
         }
         EXPECT_EQ(a.group_size[g], size);
     }
+}
+
+// A declared group without samples takes no part: the tests go on with the others.
+TEST_F(AmovaTests, EmptyGroupsTakeNoSamples) {
+    const std::vector<Group> groups = plain_designs()[0].groups;
+    PlainDesign design = plain_designs()[0];
+    const Run without = test_all(design, whole, 60);
+    design.groups = {groups[0], {}, groups[1]};
+    const Run with = test_all(design, whole, 60);
+    EXPECT_EQ(with.result, 1);
+    EXPECT_EQ(with.record->null_Va, without.record->null_Va);
+    EXPECT_EQ(with.analysis->group_pops[1].size(), 2U);
 }
 
 TEST_F(AmovaTests, StopEndsTheDesignAtTheNextStep) {
