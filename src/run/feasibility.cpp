@@ -143,6 +143,9 @@ void Project::build_haplotype_vectors() {
 void Project::convert_phenotypes() {
     if (phenotypes_converted) return;
     *_AOS_ << "\t\tProcessing phenotypes into pseudo-haplotypes...";
+    // A second pass counts the gene copies anew.
+    for (HaploDef* definition : haplo_db.list)
+        definition->count = 0;
     samples->phen_to_gam(&haplo_db, this, &the_settings);
     phenotypes_converted = true;
 }
