@@ -16,16 +16,23 @@ namespace {
 constexpr int kLanes = 8;                           // products taken at a time
 constexpr double kExactLimit = 9007199254740992.0;  // 2^53: whole numbers below it are exact
 
-// Sum of products of n cells, n a multiple of kLanes, in lanes: only for sums exact in any order.
-template <class Cell, class Sum>
-Sum product_sum(const Cell* a, const Cell* b, int n) {
-    Sum lanes[kLanes] = {};
+// Sum of products of n cells, n a multiple of kLanes: only for sums exact in any order.
+std::int32_t product_sum(const std::int16_t* a, const std::int16_t* b, int n) {
+    std::int32_t sum = 0;
+    for (int i = 0; i < n; ++i)
+        sum += static_cast<std::int32_t>(a[i]) * static_cast<std::int32_t>(b[i]);
+    return sum;
+}
+
+// The same in lanes, which the compiler may not make of a sum of doubles by itself.
+double product_sum(const double* a, const double* b, int n) {
+    double lanes[kLanes] = {};
     for (int first = 0; first < n; first += kLanes) {
         for (int lane = 0; lane < kLanes; ++lane)
-            lanes[lane] += static_cast<Sum>(a[first + lane]) * static_cast<Sum>(b[first + lane]);
+            lanes[lane] += a[first + lane] * b[first + lane];
     }
-    Sum sum = 0;
-    for (const Sum lane : lanes)
+    double sum = 0.0;
+    for (const double lane : lanes)
         sum += lane;
     return sum;
 }
@@ -114,7 +121,7 @@ void PairBlock::sum_constants() {
             to_others_[r] = nb_copies() - tally_[r];
         } else {
             const double* const row = &block_[cell_at(r, stride_)];
-            to_others_[r] = product_sum<double, double>(row, tally_.data(), stride_) - row[r];
+            to_others_[r] = product_sum(row, tally_.data(), stride_) - row[r];
         }
         both_ways += to_others_[r] * tally_[r];
     }
@@ -140,7 +147,7 @@ double PairBlock::pairs_of_different(const std::int32_t* copies, int n) {
     return static_cast<double>(n) * (n - 1) / 2.0 - alike;
 }
 
-template <class Cell, class Sum>
+template <class Cell>
 double PairBlock::whole_sum(const std::vector<Cell>& block, std::vector<Cell>& tally,
                             const std::int32_t* copies, int n) {
     int nb_present = 0;
@@ -152,7 +159,7 @@ double PairBlock::whole_sum(const std::vector<Cell>& block, std::vector<Cell>& t
     for (int a = 0; a < nb_present; ++a) {
         const int r = present_[a];
         const Cell* const row = &block[cell_at(r, stride_)];
-        const Sum to_others = product_sum<Cell, Sum>(row, tally.data(), stride_) - row[r];
+        const auto to_others = product_sum(row, tally.data(), stride_) - row[r];
         both_ways += static_cast<double>(to_others) * static_cast<double>(tally[r]);
     }
     for (int a = 0; a < nb_present; ++a)
@@ -162,9 +169,8 @@ double PairBlock::whole_sum(const std::vector<Cell>& block, std::vector<Cell>& t
 
 double PairBlock::sum_smaller(const std::int32_t* copies, int n) {
     if (way_ == Way::kAllOnes) return pairs_of_different(copies, n);
-    if (way_ == Way::kShort)
-        return whole_sum<std::int16_t, std::int32_t>(short_block_, short_tally_, copies, n);
-    return whole_sum<double, double>(block_, tally_, copies, n);
+    if (way_ == Way::kShort) return whole_sum(short_block_, short_tally_, copies, n);
+    return whole_sum(block_, tally_, copies, n);
 }
 
 PairSSD PairBlock::sums() {

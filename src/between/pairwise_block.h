@@ -77,7 +77,7 @@ private:
 
     const std::int32_t* smaller_sample(int& n) const;
     double pairs_of_different(const std::int32_t* copies, int n);
-    template <class Cell, class Sum>
+    template <class Cell>
     double whole_sum(const std::vector<Cell>& block, std::vector<Cell>& tally, const std::int32_t* copies,
                      int n);
     double sum_smaller(const std::int32_t* copies, int n);
