@@ -476,8 +476,11 @@ TEST(DnaDistanceFormulas, KimuraFailsAtZeroArgumentsOnly) {
 TEST(DnaDistanceFormulas, TajimaNeiNeedsEveryBase) {
     DnaPair pair;
     const SiteCounts counts = {1, 1, 1, 1, 1, 1, 50};
-    EXPECT_EQ(tajima_nei_distance(counts, {}, {{0.5, 0.25, 0.25, 0.0}, 0.5}, pair),
-              DnaFault::kTajimaNeiNoNucleotide);
+    for (std::size_t base = 0; base < 4; ++base) {
+        mnd::BaseComposition without = {{0.3, 0.3, 0.3, 0.3}, 0.5};
+        without.frequency[base] = 0.0;
+        EXPECT_EQ(tajima_nei_distance(counts, {}, without, pair), DnaFault::kTajimaNeiNoNucleotide) << base;
+    }
     // Without a difference the composition does not matter.
     EXPECT_EQ(tajima_nei_distance({0, 0, 0, 0, 0, 0, 50}, {}, {{1.0, 0.0, 0.0, 0.0}, 1.0}, pair),
               DnaFault::kNone);

@@ -164,6 +164,20 @@ TEST(DnaDistances, SumsOfRoundingWeightsAreTakenInTheOrderOfTheSites) {
     EXPECT_EQ(pair.distance_var, (1.0 - d / L) * (d / L) * L);
 }
 
+// 0.001 and four times 1, one by one, is not 4.001: each step beyond a power of 2 rounds.
+TEST(DnaDistances, RunsOfEqualSitesRoundAsOneByOne) {
+    const double weight = 0.001;
+    const double L = weight + 1.0 + 1.0 + 1.0 + 1.0;
+    ASSERT_NE(weight / L, weight / (weight + 4.0));
+    DnaDistanceParameters p;
+    p.method = mnd::kProportionOfDifference;
+    p.weights.transition = weight;
+    DnaDistances distances(p, {"AAAAA", "GAAAA"}, {0, 1, 2, 3, 4});
+    DnaPair pair;
+    ASSERT_EQ(distances.distance(1, 0, pair), DnaFault::kNone);
+    EXPECT_EQ(pair.distance, weight / L);
+}
+
 TEST(DnaDistances, InfiniteWeightsDoNotHang) {
     DnaDistanceParameters p;
     p.weights.transition = HUGE_VAL;

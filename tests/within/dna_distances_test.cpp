@@ -101,6 +101,11 @@ TEST(DnaDistances, UndeterminedSubstitutionsTakeTheSmallerWeight) {
     ASSERT_EQ(p.p_dist("AA", "BA"), 1);
     EXPECT_EQ(p.tv_rate, 2.0 / 3.0);
     EXPECT_EQ(p.ts_rate, 0.0);
+    // Equal weights: into the class of the transitions.
+    p.ts_weight = p.tv_weight = 2.0;
+    ASSERT_EQ(p.p_dist("AA", "BA"), 1);
+    EXPECT_EQ(p.ts_rate, 2.0 / 3.0);
+    EXPECT_EQ(p.tv_rate, 0.0);
     // Without transitions: the transversion A to C and L = 4 + 4; without both L = 1 + 1.
     p.ts_weight = 0.0;
     p.tv_weight = 4.0;
