@@ -13,12 +13,12 @@ namespace {
 
 constexpr int kMaxIterations = 200;             // steps of a run
 constexpr long double kRoundoff = 1e-7L;        // relative error taken for noise
-constexpr long double kTolF = 1e-4L;            // residuals below this are a root
-constexpr long double kFirstTestShare = 0.01L;  // of kTolF, for the start itself
-constexpr long double kTolX = 1e-7L;            // relative steps below this end the search
-constexpr long double kTolMin = 1e-6L;          // gradients below this are a minimum that is no root
+constexpr long double TOLF = 1e-4L;             // residuals below this are a root
+constexpr long double kFirstTestShare = 0.01L;  // of TOLF, for the start itself
+constexpr long double TOLX = 1e-7L;             // relative steps below this end the search
+constexpr long double TOLMIN = 1e-6L;           // gradients below this are a minimum that is no root
 constexpr long double kStepMax = 100.0L;        // longest step, in lengths of x
-constexpr long double kAlf = 1e-4L;             // share of the expected fall that is enough
+constexpr long double ALF = 1e-4L;              // share of the expected fall that is enough
 constexpr long double kShortest = 0.1L;         // share of a step kept at least when it is shortened
 constexpr long double kLongest = 0.5L;          // and at most
 constexpr long double kDifference = 1e-4L;      // relative step of the differences
@@ -131,7 +131,7 @@ void TBroyden::broydn(long double* start, int dimension, int* check) {
     if (dimension != n || fvec.size() != at(dimension) + 1) allocate(dimension);
     failure = kNoFailure;
     f_ = fmin(x);
-    const bool is_root = largest_residual() < kFirstTestShare * kTolF;
+    const bool is_root = largest_residual() < kFirstTestShare * TOLF;
     converged = is_root || search() ? 1 : 0;
     *check = converged != 0 ? 0 : 1;
 }
@@ -151,13 +151,13 @@ bool TBroyden::search() {
         const long double fold = f_;
         int stuck = 0;
         if (!lnsrch(xold_, fold, g_, p_, &f_, step_max, &stuck)) return fail(kRoundoffProblemInLineSearch);
-        if (largest_residual() < kTolF) return true;
+        if (largest_residual() < TOLF) return true;
         if (stuck != 0) {
             if (restart || gradient_vanishes()) return false;
             restart = true;
         } else {
             restart = false;
-            if (largest_step() < kTolX) return true;
+            if (largest_step() < TOLX) return true;
         }
     }
     return fail(kEquationSolvingDidNotConverge);
@@ -292,7 +292,7 @@ bool TBroyden::gradient_vanishes() const {
     long double largest = 0.0L;
     for (int i = 1; i <= n; ++i)
         largest = std::max(largest, std::fabs(g_[at(i)]) * std::max(std::fabs(x[i]), 1.0L) / scale);
-    return largest < kTolMin;
+    return largest < TOLMIN;
 }
 
 long double TBroyden::fmin(const long double* point) {
@@ -319,7 +319,7 @@ bool TBroyden::lnsrch(const LongVector& xold, long double fold, const LongVector
     }
     // Also when the slope is not a number.
     if (!(slope < 0.0L)) return false;
-    const long double smallest = kTolX / relative;
+    const long double smallest = TOLX / relative;
     SearchPoint before;
     SearchPoint last;
     last.lambda = 1.0L;
@@ -332,7 +332,7 @@ bool TBroyden::lnsrch(const LongVector& xold, long double fold, const LongVector
             *check = 1;
             return true;
         }
-        if (last.f <= fold + kAlf * last.lambda * slope) return true;
+        if (last.f <= fold + ALF * last.lambda * slope) return true;
         const long double lambda = next_step(last, before, fold, slope);
         before = last;
         last.lambda = lambda;
