@@ -200,6 +200,14 @@ TEST_F(StructureRuns, GroupPassPoolsTheGroupsAndLeavesTheSamplesAsTheyAre) {
     }
 }
 
+// 14, 17, 19, 19 and 16 haplotypes stand in the samples of the project file.
+TEST_F(StructureRuns, NetworkOfEachSample) {
+    const std::string document = analyse("influenza_small", "TaskNumber=2\nPrintMinSpannNetworkPop=1\n");
+    EXPECT_EQ(count_of(document, "MINIMUM SPANNING TREE between "), 5);
+    EXPECT_EQ(count_of(document, "MINIMUM SPANNING TREE between 14 OTUs\n"), 1);
+    EXPECT_TRUE(contains(document, "tree Season2002_MST = "));
+}
+
 // Two groups as two samples: the sum among groups is the sum among samples of one group.
 TEST_F(StructureRuns, PooledGroupsAreTheSamplesOfOneGroup) {
     const std::string both = analyse("influenza_small", std::string(kAmova) +
