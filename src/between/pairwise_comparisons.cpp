@@ -150,7 +150,7 @@ bool PairwiseComparison::compare_pair(int i, int j) {
         return false;
     }
     a_.fill_bipop_vector(&first, &second, rows_.data());
-    const std::ptrdiff_t nb_copies = copies_of(first) + copies_of(second);
+    const std::ptrdiff_t nb_copies = std::ptrdiff_t{copies_of(first)} + copies_of(second);
     PairBlock block(*a_.dist, {rows_.begin(), rows_.begin() + nb_copies}, copies_of(first));
     const PairSSD ssd = block.sums();
     PairObserved observed;

@@ -1,0 +1,114 @@
+// Comparisons of pairs of samples as a user starts them: real projects in, documents out.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "support/temp_folder.h"
+
+namespace {
+
+using mnd_test::contains;
+using mnd_test::count_of;
+using mnd_test::read_text;
+using mnd_test::write_text;
+
+namespace fs = std::filesystem;
+
+class PairwiseRuns : public ::testing::Test {
+protected:
+    // Analyses a project of the test data under a seed; the lines of settings stand first.
+    std::string analyse(const std::string& project, const std::string& settings,
+                        const char* ending = ".htm") {
+        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"),
+                      fs::copy_options::overwrite_existing);
+        write_text(
+            folder / "s.mns",
+            settings +
+                "TaskNumber=1024\nComputePairwiseFST=1\nPrintFstVals=1\nPrintMissIntermatchs=1\n"
+                "ComputeDistanceMatrixAMOVA=1\nFSTSignifLevel=0.05\n"
+                "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
+                "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n");
+        const std::string command = "cd '" + folder.path().string() +
+                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
+                                    ".mnp s.mns run_silent > stdout.txt 2> stderr.txt";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
+        document_ = (folder / (project + ".res/" + project + ending)).string();
+        return read_text(document_);
+    }
+    bool is_well_formed() const {
+        return std::system(("xmllint --noout '" + document_ + "' 2>/dev/null").c_str()) == 0;
+    }
+
+    mnd_test::TempFolder folder;
+
+private:
+    std::string document_;
+};
+
+// From all pairs of the 100 sequences over the 97 sites with at most 5 % of missing data, by a program
+// of a few lines apart from this one.
+constexpr char kFstOfSeasons[] =
+    "                 1           2           3           4           5\n"
+    "     1     0.00000\n"
+    "     2     0.45639     0.00000\n"
+    "     3     0.75282     0.31291     0.00000\n"
+    "     4     0.75720     0.40357     0.11315     0.00000\n"
+    "     5     0.75710     0.46909     0.33830     0.15059     0.00000\n";
+
+TEST_F(PairwiseRuns, SequencesOfFiveSeasons) {
+    const std::string document = analyse("influenza_small", "NumPermutationsFST=0\n");
+    EXPECT_TRUE(contains(document, "  1:\tSeason 2002\n  2:\tSeason 2003\n"));
+    EXPECT_TRUE(contains(document, kFstOfSeasons));
+    for (const char* pi : {"19.70750", "27.13750", "13.75750", "30.41250", "16.98250", "6.90500", "34.42000",
+                           "20.91750", "10.73000", "9.15500"})
+        EXPECT_TRUE(contains(document, pi)) << pi;
+    EXPECT_TRUE(contains(document, "     1     7.96842    19.70750"));
+    EXPECT_FALSE(contains(document, "P value"));
+}
+
+// Seasons differ beyond doubt: hardly a permutation of 1023 does as much.
+TEST_F(PairwiseRuns, SeasonsDifferSignificantly) {
+    const std::string document = analyse("influenza_small", "NumPermutationsFST=1000\n");
+    EXPECT_TRUE(contains(document, kFstOfSeasons));
+    EXPECT_TRUE(contains(document, "\nNumber of permutations : 1023\n"));
+    EXPECT_TRUE(contains(document,
+                         "     2           +                       +           +           +\n"
+                         "     3           +           +                       +           +\n"));
+}
+
+TEST_F(PairwiseRuns, TheSeedRepeatsAllPValues) {
+    const std::string settings = "NumPermutationsFST=100\nUnequalPopSizeDiv=1\n";
+    const std::string first = analyse("influenza_small", settings);
+    fs::remove_all(folder / "influenza_small.res");
+    const std::string second = analyse("influenza_small", settings);
+    const std::string begin = "== Comparisons of pairs of population samples";
+    const std::string end = "END OF RUN";
+    const auto part = [&](const std::string& text) {
+        const std::string rest = text.substr(text.find(begin));
+        return rest.substr(0, rest.find(end));
+    };
+    ASSERT_TRUE(contains(first, begin));
+    EXPECT_TRUE(contains(part(first), "theta0 P values"));
+    EXPECT_EQ(part(first), part(second));
+}
+
+// Mean allele sizes by a program of a few lines apart from this one.
+TEST_F(PairwiseRuns, MicrosatellitesOfIndividuals) {
+    const std::string document =
+        analyse("cats_microsat",
+                "XMLOutput=1\nComputeDeltaMuSqr=1\nDistanceMethodAMOVA=1\nNumPermutationsFST=20\n", ".xml");
+    EXPECT_TRUE(contains(document, "\nDistance method: Sum of squared size difference (RST)\n"));
+    EXPECT_TRUE(contains(document, "  1:\tcolony2\n  2:\tcolony4\n  3:\tcolony8\n"));
+    EXPECT_TRUE(contains(document,
+                         "     1     0.00000\n"
+                         "     2    28.13330     0.00000\n"
+                         "     3    23.59364     3.96167     0.00000\n"));
+    EXPECT_EQ(count_of(document, "<PairFstMat "), 1);
+    EXPECT_EQ(count_of(document, "<PairFstPvalMat "), 1);
+    EXPECT_TRUE(is_well_formed());
+}
+
+}  // namespace
