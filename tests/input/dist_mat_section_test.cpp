@@ -215,7 +215,8 @@ TEST_F(MatrixRows, OverLongRowIsTold) {
 }
 
 TEST_F(MatrixRows, JunkNeverHangs) {
-    const std::string junk("\0\xFF}{\n\"#\n[[\n0 0 0\n\xFF\n", 22);
+    constexpr char kBytes[] = "\0\xFF}{\n\"#\n[[\n0 0 0\n\xFF\n";
+    const std::string junk(kBytes, sizeof kBytes - 1);
     for (std::size_t n = 0; n <= junk.size(); ++n) {
         for (const LabelPlace place : {kLabelsOnLine, kLabelsInColumn})
             EXPECT_EQ(read(junk.substr(0, n), place), 0);
