@@ -62,9 +62,9 @@ PairDifferences pair_differences(const PairDesign& design, const PairSSD& ssd) {
     differences.corrected = differences.pi_XY - (differences.pi_X + differences.pi_Y) / 2.0;
     const double others_i = std::max(design.n_i - 1.0, 1.0);
     const double others_j = std::max(design.n_j - 1.0, 1.0);
-    differences.corrected_multiple = ssd.between * (others_i * others_j) -
-                                     ssd.first * (design.n_j * others_j) -
-                                     ssd.second * (design.n_i * others_i);
+    // Summed first, so that two samples of one size may change places.
+    const double within = ssd.first * (design.n_j * others_j) + ssd.second * (design.n_i * others_i);
+    differences.corrected_multiple = ssd.between * (others_i * others_j) - within;
     return differences;
 }
 

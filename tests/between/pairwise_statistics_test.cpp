@@ -104,6 +104,16 @@ TEST(PairDifferences, WorkedByHand) {
     EXPECT_EQ(d.corrected_multiple, 4.0);
 }
 
+TEST(PairDifferences, SamplesOfOneSizeMayChangePlaces) {
+    const PairDesign design = pair_design(7.0, 7.0);
+    for (int i = 1; i < 50; ++i) {
+        const PairDifferences d = pair_differences(design, {i / 3.0, 20.0 / i, 77.7});
+        const PairDifferences e = pair_differences(design, {20.0 / i, i / 3.0, 77.7});
+        EXPECT_EQ(d.corrected_multiple, e.corrected_multiple);
+        EXPECT_EQ(d.corrected, e.corrected);
+    }
+}
+
 TEST(PairDifferences, OneCopyHasNoneWithin) {
     const PairDifferences d = pair_differences(pair_design(1.0, 2.0), {0.0, 4.0, 6.0});
     EXPECT_EQ(d.pi_X, 0.0);
