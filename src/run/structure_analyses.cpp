@@ -75,6 +75,14 @@ void number_samples(Samples& samples, const Structure& structure) {
     }
 }
 
+// The haplotypes that a given matrix lacks, which the report does not name.
+void name_unlabelled_haplotypes(const Haplo_DB& definitions) {
+    for (const HaploDef* definition : definitions.list) {
+        if (definition->id >= 0) continue;
+        *_AOS_ << "\tHaplotype \"" << definition->name << "\" has no label in the distance matrix\n";
+    }
+}
+
 // Leaves a task out for as long as it lives.
 class TaskLeftOut {
 public:
@@ -210,6 +218,7 @@ bool Project::bind_haplotypes(DistMat& matrix, Haplo_DB& definitions) {
     constexpr const char* kReporter = "Project::AMOVA()";
     if (!dist_matrix_computed) {
         if (definitions.associate_with1(matrix)) return true;
+        name_unlabelled_haplotypes(definitions);
         E.error(Warning, kReporter, kHaplotypeListIncompatibleWithMatrix);
         return false;
     }

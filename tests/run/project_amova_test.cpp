@@ -208,6 +208,8 @@ TEST_F(ProjectAmova, HaplotypeWithoutLabelHasNoAnalysis) {
     analyse();
     EXPECT_TRUE(
         log.reports("WARNING", "Project::AMOVA()", message_text(kHaplotypeListIncompatibleWithMatrix)));
+    EXPECT_TRUE(log.holds("\tHaplotype \"h4\" has no label in the distance matrix\n"));
+    EXPECT_FALSE(log.holds("\"h1\" has no label"));
     EXPECT_FALSE(contains(document(), "AMOVA design and results"));
     EXPECT_EQ(project.amova_result.design_code, 0);
     EXPECT_FALSE(run_amova());
