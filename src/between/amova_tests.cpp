@@ -416,7 +416,8 @@ bool DesignTests::run_test(int number) {
     null.observed = a_.*kComponents[static_cast<std::size_t>(test.component)];
     HitCounter hits(null.observed, test.tail, permutations_);
     if (!permute(test, hits, null)) return false;
-    a_.distribute_HaplotypeIndexVector();
+    // Samples that move keep their copies.
+    if (!permutes_samples(test)) a_.distribute_HaplotypeIndexVector();
     if (keeps_nulls()) {
         null.sort();
         if (!write_null_file(a_, null, milliseconds_since(begin), plan_.origin)) return false;
@@ -521,7 +522,7 @@ void print_test(std::ostream& out, const char* prefix, Tail tail, const HitCount
 int test_components(Amova& analysis, std::int32_t design) {
     const DesignPlan* const plan = plan_of_design(design);
     const PermutationPlan permutations = plan_permutations(analysis.num_perm);
-    analysis.num_perm = permutations.total;
+    analysis.num_perm = 0;
     clear_null_arrays(analysis.results);
     if (plan == nullptr || permutations.total == 0) {
         end_summary_row(0, {});
@@ -536,6 +537,7 @@ int test_components(Amova& analysis, std::int32_t design) {
         end_summary_row(0, {});
         return 0;
     }
+    analysis.num_perm = permutations.total;
     DesignTests tests(analysis, *plan, permutations);
     const bool done = tests.run();
     end_summary_row(done ? permutations.total : 0, tests.p_values());

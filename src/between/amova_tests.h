@@ -80,9 +80,10 @@ void print_test(std::ostream& out, const char* prefix, Tail tail, const HitCount
 // Reads:    num_perm (the number asked for), df, n, SSDT, SSDWP, SSDWI, SSD_total, SSD_pops,
 //           group_SSD, group_size, N_genes, N_units, Va to Vd, pop_Fis; haplo_index for the
 //           first test of G_P_H; the SSD_div_n of the samples for their FIS
-// Writes:   num_perm (the number done); haplo_index and the tallies as the last permutation left
-//           them; after PPAG also all_pops, group_pops, group_size, n, n_prime, n_second;
-//           pop_Fis_hits in PHAIWP, where PopSpecificFIS is set; P-values and null distributions
+// Writes:   num_perm (the number done, 0 when no test is run); haplo_index and the tallies as the
+//           last permutation left them; after PPAG these as observed, and all_pops, group_pops,
+//           group_size, n, n_prime, n_second as left; pop_Fis_hits and the SSD_within_ind of the
+//           samples in PHAIWP, where PopSpecificFIS is set; P-values and null distributions
 //           in `results`, if there is one; with print_results the tests in the document, and
 //           where KeepNullDistrib is set the null distribution files and the histogram; the end
 //           of the row in the batch summary, also when no test runs

@@ -603,6 +603,26 @@ TEST_F(AmovaTests, SamplesStayWhereTheLastPermutationPutThem) {
     }
 }
 
+// Copies per matrix row of each sample, counted from the data and from the tallies.
+TEST_F(AmovaTests, SamplesThatMoveKeepTheirCopies) {
+    const PlainDesign design = plain_designs()[0];
+    const Run run = test_all(design, whole, 60);
+    std::size_t number = 0;
+    bool moved = false;
+    for (const Group& group : design.groups) {
+        for (const Copies& copies : group) {
+            std::vector<double> observed(kRows, 0.0);
+            for (const int row : copies)
+                observed[static_cast<std::size_t>(row)] += 1.0;
+            const mnd::Population* const sample = run.data->samples.populations[number];
+            EXPECT_EQ(sample->amova.perm_freq, observed) << sample->name.c_str();
+            moved = moved || run.analysis->all_pops[number] != sample;
+            ++number;
+        }
+    }
+    EXPECT_TRUE(moved) << "else the test shows nothing";
+}
+
 // A declared group without samples takes no part: the tests go on with the others.
 TEST_F(AmovaTests, EmptyGroupsTakeNoSamples) {
     const std::vector<Group> groups = plain_designs()[0].groups;
@@ -656,8 +676,28 @@ TEST_F(AmovaTests, TooManyElementsAreNotPermuted) {
                 EXPECT_TRUE(log.reports("ERROR", origins[d], "too many elements to permute distance matrix"));
             }
             EXPECT_EQ(mnd::draws_taken(), 0U);
+            EXPECT_EQ(run.analysis->num_perm, 0);
         }
     }
+}
+
+// The observed indices stand, and no P-value of 0 beside them.
+TEST_F(AmovaTests, TooManyElementsLeaveTheIndicesOfSamplesWithoutPValues) {
+    const mnd_test::ProjectLog log;
+    Run run = prepare(plain_designs()[4], whole, 100);
+    const std::string path = mnd_test::unique_path("amova_tests");
+    std::fstream document(path, std::ios::out);
+    run.data->s.result_stream = &document;
+    run.analysis->print_results = 1;
+    run.data->dist.MatrixSize = 2147483647;
+    EXPECT_EQ(run.analysis->AMOVA_1G_P_I(), 1);
+    document.close();
+    const std::string text = mnd_test::read_file(path);
+    EXPECT_NE(text.find("\nPopulation specific FIS indices\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("P(Rand FIS>=Obs FIS)"), std::string::npos);
+    EXPECT_TRUE(run.record->pop_Fis_pvalue.empty());
+    EXPECT_EQ(run.record->pop_Fis.size(), 3U);
+    std::remove(path.c_str());
 }
 
 TEST_F(AmovaTests, SummaryRowEndsWithTheTests) {
