@@ -382,6 +382,41 @@ TEST(AmovaDesigns, IdenticalCopiesHaveNoVariance) {
     }
 }
 
+// Indices are ratios: however small the distances are, they are those of distance 1. 2^-90 is a
+// power of two, so that nothing is rounded.
+TEST(AmovaDesigns, NoVarianceMeansExactlyNone) {
+    const auto tiny = [](int i, int j) { return i == j ? 0.0 : std::ldexp(1.0, -90); };
+    const auto one = [](int i, int j) { return i == j ? 0.0 : 1.0; };
+    const struct {
+        Design design;
+        std::vector<Group> groups;
+    } kCases[] = {{&mnd::Amova::AMOVA_G_P_H, {{{0, 0}, {0, 1}}, {{1, 1, 1}}}},
+                  {&mnd::Amova::AMOVA_1G_P_H, {{{0, 0}, {1, 0, 1}}}},
+                  {&mnd::Amova::AMOVA_1G_P_I, {{{0, 1, 0, 0}, {1, 1, 0, 1}}}},
+                  {&mnd::Amova::AMOVA_G_P_I, {{{0, 0, 0, 1}, {0, 0, 0, 0}}, {{1, 1, 1, 0}}}},
+                  {&mnd::Amova::AMOVA_1G_1P_I, {{{0, 1, 0, 0, 1, 1}}}}};
+    for (const auto& c : kCases) {
+        AmovaData small(c.groups, 2, tiny, true);
+        AmovaData large(c.groups, 2, one, true);
+        for (AmovaData* data : {&small, &large}) {
+            data->s.IncludeIndividualLevel = 1;
+            data->s.PopSpecificFST = 1;
+        }
+        const auto a = small.prepare();
+        const auto b = large.prepare();
+        ASSERT_EQ((a.get()->*c.design)(), 1);
+        ASSERT_EQ((b.get()->*c.design)(), 1);
+        ASSERT_NE(b->V_total, 0.0);
+        EXPECT_EQ(a->V_total, std::ldexp(b->V_total, -90));
+        EXPECT_EQ(a->FST, b->FST);
+        EXPECT_EQ(a->FSC, b->FSC);
+        EXPECT_EQ(a->FCT, b->FCT);
+        EXPECT_EQ(a->FIS, b->FIS);
+        EXPECT_EQ(a->FIT, b->FIT);
+        EXPECT_EQ(a->pop_Fst, b->pop_Fst);
+    }
+}
+
 TEST(AmovaDesigns, ComponentsMayBeNegative) {
     // Equal frequencies in both samples: nothing among them, so that Va = -MSD b / n.
     AmovaData data({{{0, 1}, {0, 1}}}, 2, nullptr);
