@@ -60,8 +60,7 @@ bool Haplo_DB::associate_with1(DistMat const& m) {
 }
 
 bool Haplo_DB::associate_with2(DistMat const& m) {
-    const bool is_computed = m.conventional != 0 || m.GivenDistMat == 0;
-    if (list.count != m.MatrixSize && !is_computed) {
+    if (list.count != m.MatrixSize && m.conventional == 0) {
         report(Error, kByPosition, kInvalidDistanceMatrixSize);
         return false;
     }

@@ -101,7 +101,7 @@ public:
     // Bind definitions to rows of a distance matrix by setting id; false, with a report, when
     // it can't be done. By label: every definition needs one, spare labels are only told.
     bool associate_with1(DistMat const& m);
-    // By position: the sizes must agree, or the matrix be computed (conventional, or not given).
+    // By position: the sizes must agree, but for a conventional matrix, which has no cells.
     bool associate_with2(DistMat const& m);
 
     // Readers of the definition section and its writing; defined with that section.

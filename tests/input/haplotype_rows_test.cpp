@@ -91,14 +91,18 @@ TEST_F(HaplotypeRows, ByPositionNeedsTheSameSize) {
     EXPECT_EQ(id(1), 1);
 }
 
-TEST_F(HaplotypeRows, AComputedMatrixFitsAnySize) {
+TEST_F(HaplotypeRows, AConventionalMatrixFitsAnySize) {
     matrix.conventional = 1;
     EXPECT_TRUE(haplotypes.associate_with2(matrix));
     EXPECT_EQ(id(1), 1);
-    matrix.conventional = 0;
-    matrix.GivenDistMat = 0;
-    EXPECT_TRUE(haplotypes.associate_with2(matrix));
     EXPECT_TRUE(reports.all().empty());
+}
+
+TEST_F(HaplotypeRows, AMatrixWithCellsNeedsARowForEachHaplotypeAlsoWhenItIsNotGiven) {
+    matrix.GivenDistMat = 0;
+    EXPECT_FALSE(haplotypes.associate_with2(matrix));
+    EXPECT_EQ(id(1), 77);
+    EXPECT_EQ(reports.all(), (std::vector<Report>{{mnd::Error, "Haplo_DB::associate_with2()", 30}}));
 }
 
 // A matrix of n rows in which the pairs given have distance 0 and all others 1.
