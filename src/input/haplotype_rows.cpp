@@ -1,10 +1,10 @@
-#include "input/haplotype_rows.h"
-
+// The binding of haplotype definitions to the rows of a distance matrix, through their id.
 #include <cstddef>
-#include <numeric>
+#include <ostream>
 
 #include "foundation/message_codes.h"
 #include "foundation/report.h"
+#include "input/dist_mat.h"
 #include "model/haplotypes.h"
 #include "run/errors.h"
 
@@ -68,26 +68,6 @@ bool Haplo_DB::associate_with2(DistMat const& m) {
     for (HaploDef* definition : list)
         definition->id = position++;
     return true;
-}
-
-std::vector<int> classes_of_identical_rows(DistMat const& distances, int n) {
-    std::vector<int> class_of(static_cast<std::size_t>(n > 0 ? n : 0));
-    std::iota(class_of.begin(), class_of.end(), 0);
-    const auto its_class = [&](int row) -> int& { return class_of[static_cast<std::size_t>(row)]; };
-    for (int i = 0; i < n; ++i) {
-        for (int j = i + 1; j < n; ++j) {
-            if (distances.get(j, i) == 0.0) its_class(j) = its_class(i);
-        }
-    }
-    for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < i; ++j) {
-            if (its_class(i) != its_class(j)) continue;
-            if (distances.get(j, i) == 0.0 && distances.get(i, j) == 0.0) continue;
-            its_class(i) = i;
-            its_class(j) = j;
-        }
-    }
-    return class_of;
 }
 
 }  // namespace mnd

@@ -1,10 +1,7 @@
-#include "input/haplotype_rows.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "input/dist_mat.h"
@@ -103,42 +100,6 @@ TEST_F(HaplotypeRows, AMatrixWithCellsNeedsARowForEachHaplotypeAlsoWhenItIsNotGi
     EXPECT_FALSE(haplotypes.associate_with2(matrix));
     EXPECT_EQ(id(1), 77);
     EXPECT_EQ(reports.all(), (std::vector<Report>{{mnd::Error, "Haplo_DB::associate_with2()", 30}}));
-}
-
-// A matrix of n rows in which the pairs given have distance 0 and all others 1.
-DistMat with_zeros(int n, const std::vector<std::pair<int, int>>& pairs) {
-    DistMat matrix(n);
-    for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < i; ++j)
-            matrix(i, j) = 1.0;
-    }
-    for (const auto& [i, j] : pairs)
-        matrix(i, j) = 0.0;
-    return matrix;
-}
-
-TEST(HaplotypeClasses, RowsAtDistanceZeroBelongTogether) {
-    EXPECT_EQ(mnd::classes_of_identical_rows(with_zeros(4, {{0, 2}}), 4), (std::vector<int>{0, 1, 0, 3}));
-    EXPECT_EQ(mnd::classes_of_identical_rows(with_zeros(3, {{0, 1}, {0, 2}, {1, 2}}), 3),
-              (std::vector<int>{0, 0, 0}));
-}
-
-TEST(HaplotypeClasses, TheLastMatchDecides) {
-    // 2 is at distance 0 of both 0 and 1, which differ: it ends with 1.
-    EXPECT_EQ(mnd::classes_of_identical_rows(with_zeros(3, {{0, 2}, {1, 2}}), 3),
-              (std::vector<int>{0, 1, 1}));
-}
-
-TEST(HaplotypeClasses, AChainFallsApartAtItsEnds) {
-    // 0 = 1 and 1 = 2, but 0 and 2 differ: the pair (2, 0) sends both home, and 1 stays with
-    // the class of 0.
-    EXPECT_EQ(mnd::classes_of_identical_rows(with_zeros(3, {{0, 1}, {1, 2}}), 3),
-              (std::vector<int>{0, 0, 2}));
-}
-
-TEST(HaplotypeClasses, NoRowsNoClasses) {
-    EXPECT_TRUE(mnd::classes_of_identical_rows(DistMat(), 0).empty());
-    EXPECT_TRUE(mnd::classes_of_identical_rows(DistMat(), -1).empty());
 }
 
 }  // namespace
