@@ -243,8 +243,6 @@ public:
     void PPAPWG();  // phenotypes among samples within groups, in phen_vector
     // phen_vector from the phenotypes of the samples.
     void Load_Phen_Vector();
-    // Haplotypes of each sample estimated anew from phen_vector.
-    void Calc_new_EM_haplo();
 
     // --- Pairs of samples (pairwise_comparisons.cpp) ---
 
