@@ -56,6 +56,7 @@ bool Project::measure_redundancy() {
 void Project::eliminate_redond_haplodef() {
     settings& s = the_settings;
     const DistMat given(dist_mat);
+    const int was_conventional = dist_mat.conventional;  // a copy never is
     if (!measure_redundancy()) {
         E.error(Error, "Project::eliminate_redond_haplodef()", kHaplotypeListIncompatibleWithMatrix);
     } else {
@@ -66,7 +67,6 @@ void Project::eliminate_redond_haplodef() {
             samples->IdentifyIdenticalHaplotypes(class_of, dist_mat);
     }
     if (s.ComputeDistanceMatrixAMOVA != 0) return;
-    const int was_conventional = given.conventional;
     dist_mat = given;
     dist_mat.conventional = was_conventional;
 }

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "between/haplotype_matrix.h"
 #include "foundation/message_codes.h"
 #include "run/messages.h"
 #include "run/process.h"
@@ -443,6 +444,18 @@ TEST_F(ProjectAmova, GivenMatrixComesBackAfterTheSearch) {
     EXPECT_EQ(project.dist_mat.MatrixName.view(), "m");
     EXPECT_EQ(project.dist_mat.labels[0].view(), "h4");
     EXPECT_EQ(project.dist_mat.get(3, 2), 7.0);
+}
+
+TEST_F(ProjectAmova, ConventionalMatrixComesBackAfterTheSearch) {
+    open(std::string(kDna) + kDnaSamples);
+    s.TaskNumber = 0;
+    ASSERT_TRUE(project.make_run_possible());
+    make_conventional_matrix(project.dist_mat, project.haplo_db);
+    project.eliminate_redond_haplodef();
+    EXPECT_EQ(project.dist_mat.conventional, 1);
+    EXPECT_EQ(project.dist_mat.MatrixSize, 4);
+    EXPECT_EQ(project.dist_mat.get(1, 0), 1.0);
+    EXPECT_EQ(project.dist_mat.get(1, 1), 0.0);
 }
 
 TEST_F(ProjectAmova, RedundantFrequenciesGoByTheGivenMatrix) {
