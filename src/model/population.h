@@ -179,6 +179,80 @@ public:
     // Anchor of this sample in the result document with an entry of the tree.
     void print_population_anchor(int level, settings& s, const my_string& suffix) const;
 
+    // --- Haplotype frequencies of genotypes of unknown phase (within/em_engine.cpp) ---
+    //
+    // Maximum likelihood by gene counting over the resolutions of each phenotype, from random
+    // starts (Excoffier and Slatkin 1995, Mol. Biol. Evol. 12:921-927). Gene copies are
+    // sample_size, individuals half of it; the mode of resolution is RecessiveAllelesEM, the
+    // missing allele that of the profile.
+
+    // Estimates the frequencies of all haplotypes that phen can be resolved into.
+    //   phen            merged first with EMCheckPhenRedundancy; its genotypes are built anew and stay
+    //                   afterwards, with prob, rel_prob and phen_prob at the best estimate. They point
+    //                   into haplo: kill_gen_lists before haplo goes. ln_likelihood and inbreeding are
+    //                   those of the last start.
+    //   haplo           receives the haplotypes in the order in which the resolutions name them (pass
+    //                   an empty one); freq holds the best estimate, prev_freq nothing of use
+    //   num_lhoods      receives the number of log likelihoods that are 1e-06 or more apart
+    //   use_inbreeding  not 0: identity by descent within individuals is allowed for
+    //   F               with inbreeding: 0 asks for an estimate, which is returned here; another value
+    //                   is held. Without: ignored, taken as 0 and left as it is
+    //   prev_haplo      not null: only pairs whose parts on the loci prev_loci (0/1 per locus of the
+    //                   project) both stand in this store with a frequency above 0
+    //   compact         not 0: monomorphic loci are taken out of the haplotypes before the starts
+    //   num_init        random starts
+    //   max_iter        iterations of one start at most; 0 leaves the frequencies at the start
+    //   epsilon         a start ends once the frequencies have changed by less than this in all
+    // Returns: the best log likelihood; the most negative float when every start failed (all freq are
+    //   then 0); -1000.0 when the work was stopped (freq is then of no use) or when a phenotype has
+    //   too many resolutions. In that case error 114 was reported, haplo is empty, the genotypes are
+    //   gone and num_lhoods is 0: nothing more can be estimated from this sample.
+    // Draws:   per start one a haplotype in the order of haplo, then one for F if it is estimated
+    // Writes:  settings::global_work_done, 100 a start
+    // Cost:    O(num_init x iterations x genotypes); the genotypes of a phenotype double with each
+    //          heterozygous locus
+    double calc_ML_hapl_freq_hill95_LD(TPhenDB& phen, TPopHaploDB& haplo, settings& s, int& num_lhoods,
+                                       int const& use_inbreeding, double& F, TPopHaploDB* prev_haplo,
+                                       int* prev_loci, int const& compact, int const& num_init,
+                                       int const& max_iter, double const& epsilon);
+    // The earlier driver, without inbreeding, on the steps of TPhenDB and TPopHaploDB; nothing calls
+    // it. The threshold is EpsilonValue; the parameter epsilon has no effect.
+    // Kept on purpose: a start that follows one below the best so far makes at most 202 iterations;
+    // num_lhoods counts values 0.001 apart, of which the first is 0 and the last start's is none.
+    // Test: OlderEmDriver
+    // Returns: the log likelihood of the last start, not the best; -1000.0 as above
+    // Writes:  freq and prev_freq of haplo, those of the best start; settings::global_work_done, exp(loci)
+    //          a start
+    double calc_ML_hapl_freq(TPhenDB& phen, TPopHaploDB& haplo, settings& s, int& num_lhoods,
+                             int const& compact, int const& num_init, int const& max_iter,
+                             double const& epsilon);
+    // Standard deviations of the frequencies by parametric bootstrap: samples of the size of phen are
+    // drawn from haplo by random union of gametes and estimated anew, without inbreeding, from
+    // NumInitCondBootstrapEM starts. The individuals observed are never resampled.
+    //   haplo      estimated before; its sum_sq_freq receives the s.d. (num_boot 1: the raw square)
+    //   num_boot   replicates; below 1 nothing is done
+    // Returns: true when all replicates were made. False, with all s.d. 0, when the work was stopped or
+    //   a replicate could not be resolved (error 114). When no haplotype has a frequency, all s.d. are
+    //   0, nothing is drawn and the result is true.
+    // Draws:   per replicate 2 an individual (and 2 a redraw), then those of the estimation
+    bool calc_sd_hapl_freq(TPhenDB& phen, TPopHaploDB& haplo, settings& s, int const& num_boot,
+                           int const& max_iter, double const& epsilon);
+
+    // --- Haplotype frequencies of some of the loci (within/haplotype_frequencies.cpp) ---
+
+    // Estimates the frequencies on a subset of the loci of phen, without inbreeding, with s.d. from
+    // num_boot replicates, and writes the block of results to out.
+    //   subset   [0] number of loci, [1..] their positions, from 0
+    // Returns: 1, or 0 when the work was stopped or could not be done
+    int calc_subset_hapl_freq(std::basic_fstream<char>& out, int const* subset, TPhenDB const& phen,
+                              settings& s, int const& num_init, int const& num_boot, int const& max_iter,
+                              double const& epsilon);
+    // The same for each locus alone, and for each pair (i, j), i below j, ordered by j, then i.
+    int calc_all_sites(std::basic_fstream<char>& out, TPhenDB const& phen, settings& s, int const& num_init,
+                       int const& num_boot, int const& max_iter, double const& epsilon);
+    int calc_all_pairs(std::basic_fstream<char>& out, TPhenDB const& phen, settings& s, int const& num_init,
+                       int const& num_boot, int const& max_iter, double const& epsilon);
+
     // --- Heterozygosity of genotypic samples (within/diversity) ---
 
     // Observed and expected heterozygosity of a locus. Phenotypes with a missing allele there
@@ -287,6 +361,14 @@ public:
     static bool ensure_B(int n, int k);
     // At least the table of 200 genes by 80 alleles. Result: 1, or 0 if it was refused.
     static int get_B_num_mat();
+
+    // --- Haplotype frequencies (within/haplotype_frequencies.cpp) ---
+
+    // Estimates haplotype frequencies of the phenotypes of this sample into hapl_db, as the settings
+    // ask: over all loci, window by window, per locus and per pair of loci, with their s.d.; writes
+    // all blocks to the result stream.
+    // Returns: 1; -1000 as an unsigned number when the work was stopped before the s.d.
+    unsigned comp_gam_phase_EM(settings& s);
 
     // --- Diversity (within/diversity) ---
 
