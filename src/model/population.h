@@ -13,6 +13,7 @@
 
 #include "foundation/arrays.h"
 #include "foundation/bnum_mat.h"
+#include "foundation/count_table.h"
 #include "foundation/my_string.h"
 #include "foundation/rect_mat.h"
 #include "input/profile.h"
@@ -65,6 +66,8 @@ public:
     int phen_to_gam_done = 0;        // 1 once phen_to_gam has filled hapl_list
     int RecessiveAllelesEM = 0;      // copy of the setting, taken by evaluate_work
     AmovaWork amova;                 // see above; scalars are copied by assignment, vectors are released
+    CountTable table;                // contingency table of the exact test under way; else without cells
+    int monomorphic = 0;             // 1 when the locus tabled last has fewer than two alleles
 
     Population();
     // An empty sample that will be read under this profile.
@@ -260,6 +263,60 @@ public:
     void compute_locus_heterozygosity(const int& locus, double& obs, double& exp, int& n) const;
     // Writes the table of these for all loci to the result stream of s.
     void compute_phenotype_heterozygosity(settings& s, const TPhenDB& phenotypes) const;
+
+    // --- Hardy-Weinberg equilibrium (within/hardy_weinberg.cpp) ---
+    //
+    // The exact test: a Markov chain over the triangular tables of genotype counts that have the
+    // allele counts of the sample. P is the share of visited tables that are no more probable
+    // than the observed one.
+    //
+    //   hw_info   [0] number n of alleles of the table, [1] locus; negative: whole haplotypes
+    //   steps     forecasted length of the chain; below 1 no chain runs, P and its s.d. are 0
+    //
+    // Source: Guo and Thompson 1992, Biometrics 48:361-372
+
+    // The test of all loci, and for known phase of whole haplotypes, as TypeOfTestHW selects, with
+    // its tables in the document and its row in the batch summary.
+    //   phen     the phenotypes of this sample, phen_db; without any there are no rows
+    // Reads:     MakeHWExactTest, TypeOfTestHW, the lengths of burn-in
+    // Writes:    hw_p_value; hw_precision is put back
+    // Draws:     those of the chains; the loci of no chain draw none
+    void make_all_hw(std::basic_fstream<char>& out, TPhenDB const& phen, long const& steps, settings& s);
+    // Builds the table n x n of the locus or of the haplotypes: table[i][j], i <= j, individuals of
+    // genotype (i, j), alleles numbered by first appearance. Individuals with a missing allele at
+    // the locus are left out; whole haplotypes are compared with their missing alleles.
+    // Reads:     phen_db
+    // Writes:    table; hw_info[0]; monomorphic: 1 for a locus of fewer than two alleles
+    // Reports:   60 for a locus that an individual does not have
+    // Returns:   1; 0 after a report or for a monomorphic locus. Fewer than two haplotypes give 1,
+    //            n = 0 and no table
+    int make_hw_table(int* hw_info);
+    // One step of the chain on the table.
+    //   seed     a dummy, see ran3
+    // Returns:   probability of the new table over that of the old one; 1 when the chain stays
+    // Draws:     5, and one more for each index drawn anew
+    // Reports:   60 for an index out of range, drawn only from a stream seeded out of range, or
+    //            with no table of at least 2 x 2; the table stays and 1 is returned
+    double swap_in_table2(int* hw_info, long& seed);
+    // Releases the table.
+    void clear_table(int* hw_info);
+    // One long chain, whose steps go to about sqrt(steps) batches in turn.
+    //   stat     0
+    // Writes:    hw_p_value, and hw_precision: its s.d. from the batches. Without a chain, or when
+    //            the work was stopped, P stays, the s.d. and steps_done are 0
+    // Kept on purpose: the burn-in is MarkovChainDememorisationStepsLD, not that of the document.
+    // Test: HardyWeinbergChain.BurnsInByTheKeyOfTheLinkageTest
+    void make_hw_test2(long const& steps, double& stat, settings& s, long& steps_done, int* hw_info);
+    // About sqrt(steps) short chains, each from the observed table with its own burn-in, so that no
+    // long chain is locked in one part of the tables. Ends early when the s.d., from the chains
+    // before the last one, is below PrecisionOnPValueHW. Otherwise as make_hw_test2.
+    void make_hw_test3(long const& steps, double& stat, settings& s, long& steps_done, int* hw_info);
+    // The likelihood-ratio test of one locus, see TPhenDB::hw_chi_stat.
+    //   stat     the statistic; -1000 after a report, then with P = 1
+    // Reads:     EMCheckPhenRedundancy
+    // Writes:    hw_p_value, from the chi-square distribution
+    // Returns:   degrees of freedom
+    int make_hw_test1(TPhenDB const& phen, double& stat, settings& s, int* hw_info);
 };
 
 // Locus comparison, indices and analysis results common to all data types. Only its four
