@@ -298,23 +298,27 @@ private:
 
 }  // namespace
 
-void TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive,
-                                 bool by_position) {
+bool TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive, bool by_position,
+                                 int64_t room) {
     constexpr const char* kSource = "TPhenotype::build_genotypes()";
     count_hetero_loci();
     fully_homozygous = recessive == 0 && nb_het_loci == 0 ? 1 : 0;
-    if (!has_both_strings(*this)) return;
+    if (!has_both_strings(*this)) return true;
     const long loci = shared_loci(*this);
     const bool vary_homozygotes = recessive != 0 && nb_het_loci != loci;
     if (nb_het_loci > kMaxHetLoci || (vary_homozygotes && loci > kMaxHetLoci)) {
         report(Error, kSource, kTooManyHeterozygousLoci);
-        return;
+        return false;
     }
     int64_t n = vary_homozygotes ? int64_t{1} << loci : int64_t{1} << std::max(nb_het_loci - 1, 0);
     // A number left from before is kept, but for what would only repeat genotypes.
     if (!vary_homozygotes && nb_genotypes > 0) n = std::min(n, nb_genotypes);
     nb_genotypes = 0;
     genotypes.Flush();
+    if (n > room) {
+        report(Error, kSource, kTooManyHeterozygousLoci);
+        return false;
+    }
     try {
         GenotypeBuilder builder(*this, db, alleles);
         if (vary_homozygotes) {
@@ -325,7 +329,9 @@ void TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const&
     } catch (const std::bad_alloc&) {
         kill_gen_list();
         report(Error, kSource, kTooManyHeterozygousLoci);
+        return false;
     }
+    return true;
 }
 
 void TPhenotype::update_gen_prob() {
@@ -338,6 +344,19 @@ void TPhenotype::update_gen_prob() {
     if (phen_prob == 0.0) return;
     for (TGenotype* genotype : genotypes)
         genotype->rel_prob = genotype->prob / phen_prob;
+}
+
+void TPhenotype::update_posteriors(double F) {
+    phen_prob = 0.0;
+    for (TGenotype* genotype : genotypes) {
+        const double p_1 = genotype->hapl_1->freq;
+        const double p_2 = genotype->hapl_2->freq;
+        genotype->prob = genotype->hapl_1 == genotype->hapl_2 ? p_1 * F + (1.0 - F) * p_1 * p_1
+                                                              : 2.0 * (1.0 - F) * p_1 * p_2;
+        phen_prob += genotype->prob;
+    }
+    for (TGenotype* genotype : genotypes)
+        genotype->rel_prob = phen_prob > 0.0 ? genotype->prob / phen_prob : 0.0;
 }
 
 void TPhenotype::update_hapl_freq_in_genotypes() {
@@ -473,9 +492,36 @@ void TPhenDB::create_temp_PhenDB(int const* list, TPhenDB const& src) {
 
 // ---- TPhenDB: estimation
 
-void TPhenDB::build_all_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive) {
-    for (TPhenotype* phenotype : *this)
-        phenotype->build_genotypes(db, alleles, recessive, false);
+namespace {
+
+// build(phenotype, room) for each phenotype; at the first that fails all lists are emptied.
+template <class Build>
+bool build_all(TPhenDB& phenotypes, Build build) {
+    int64_t room = kMaxGenotypes;
+    for (TPhenotype* phenotype : phenotypes) {
+        if (!build(*phenotype, room)) {
+            phenotypes.kill_gen_lists();
+            return false;
+        }
+        room -= phenotype->genotypes.count;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool TPhenDB::build_all_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive) {
+    return build_all(*this, [&](TPhenotype& phenotype, int64_t room) {
+        return phenotype.build_genotypes(db, alleles, recessive, false, room);
+    });
+}
+
+bool TPhenDB::build_all_compatible_genotypes(TPopHaploDB& prev_haplo, int* prev_loci, TPopHaploDB& haplo,
+                                             TAlleleDB* alleles, int const& mode, double const& threshold) {
+    return build_all(*this, [&](TPhenotype& phenotype, int64_t room) {
+        return phenotype.build_compatible_genotypes(prev_haplo, prev_loci, haplo, alleles, mode, threshold,
+                                                    room);
+    });
 }
 
 void TPhenDB::kill_gen_lists() {

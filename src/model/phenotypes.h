@@ -26,12 +26,24 @@ public:
 
     TGenotype() = default;
     TGenotype(TPopHaplotype* a, TPopHaplotype* b) : hapl_1(a), hapl_2(b) {}
+
+    // Both haplotypes under each other, alleles escaped; behind the first one prob and rel_prob.
+    void print_genot(std::ostream& out) const;
+    // One row of the table of genotype frequencies: the ranks of both haplotypes, prob, rel_prob,
+    // the alleles of both.
+    //   compacted   as in TPhenDB::printGenotypeFrequencies
+    void printGenotFreqs(std::ostream& out, TPopHaploDB const* compacted = nullptr) const;
 };
 
 // Descending prob.
 inline bool sorts_before(TGenotype const& a, TGenotype const& b) {
     return a.prob > b.prob;
 }
+
+// What the resolutions of one estimation may number. A haplotype takes some 400 bytes, a genotype
+// some 60: together less than 3 GB.
+inline constexpr int64_t kMaxHaplotypes = int64_t{1} << 22;
+inline constexpr int64_t kMaxGenotypes = int64_t{1} << 24;
 
 // Both haplotypes under each other, each in a field of width 13 with two blanks and a line end.
 std::ostream& operator<<(std::ostream& out, TGenotype const& genotype);
@@ -81,15 +93,37 @@ public:
     // Whether every locus of both strings holds the one-character allele c; false for no locus.
     bool is_all_missing(char c) const;
 
-    // Expands into the genotypes and inserts their haplotypes into db with weight 1 an occurrence.
+    // Expands into the genotypes and inserts their haplotypes into db with weight 1 an occurrence:
+    // all the pairs of haplotypes, and only those, that give this phenotype.
     //   recessive     not 0: a homozygote may hide the recessive allele (index 0 of its locus)
     //   by_position   the locus of an allele is its hapl_pos, not its locus
-    // Error 114 and no genotype above 32 heterozygous loci, or 32 loci in recessive mode.
+    //   room          genotypes that may still be listed in this estimation
+    // Result:  false after error 114, with an empty list: above 32 heterozygous loci (32 loci in
+    //          recessive mode), or more genotypes than room, or haplotypes than kMaxHaplotypes, or
+    //          than there is memory for. The estimation cannot go on then.
     // Cost:    doubles with each heterozygous locus
-    void build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive, bool by_position);
+    bool build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive, bool by_position,
+                         int64_t room = kMaxGenotypes);
+    // The same, but only pairs of haplotypes whose parts on the loci estimated before both stand in
+    // the store of that estimation: in the order in which the whole list would hold them.
+    //   prev_haplo   haplotypes of the loci estimated before
+    //   prev_loci    per locus of the project, not 0 for those
+    //   haplo        gains the haplotypes, weight 1 an occurrence
+    //   mode         as recessive above; the locus of an allele is its locus
+    //   threshold    both parts have a freq above it
+    // Result:  as above, but for the limit of 32 loci; an empty list is no failure.
+    // Cost:    linear in the genotypes kept and in the smaller of prev_haplo and the number of
+    //          resolutions of the part
+    bool build_compatible_genotypes(TPopHaploDB& prev_haplo, int* prev_loci, TPopHaploDB& haplo,
+                                    TAlleleDB* alleles, int const& mode, double const& threshold,
+                                    int64_t room = kMaxGenotypes);
     // prob of each genotype: f^2 for a full homozygote, else 2 f1 f2; phen_prob their sum;
     // rel_prob the share, left as it is when the sum is 0.
     void update_gen_prob();
+    // prob and rel_prob from the current freq of the haplotypes, under an inbreeding coefficient F:
+    // p F + (1 - F) p^2 for twice the same haplotype, 2 (1 - F) p1 p2 for two; phen_prob their sum.
+    // All rel_prob are 0 when it is not above 0.
+    void update_posteriors(double F);
     // Adds real_freq rel_prob to freq of both haplotypes of each genotype.
     void update_hapl_freq_in_genotypes();
     // Probability under linkage equilibrium from freq of the alleles. Warning 115 for an allele
@@ -97,6 +131,10 @@ public:
     double link_equil_pheno_prob() const;
     // Empties the genotype list and its count.
     void kill_gen_list();
+    // Identifier, freq, number of genotypes and phen_prob, then each genotype (print_genot).
+    void print_detailed_genotypes(std::ostream& out) const;
+    // Rows of the table of genotype frequencies, see TPhenDB::printGenotypeFrequencies.
+    void printGenotypeFreqs(std::ostream& out, TPopHaploDB const* compacted = nullptr) const;
     // Flushes the alleles of both strings, clears identifier, texts and genotypes.
     void delete_pheno();
     // A two-locus phenotype drawn from cumulative distributions over the alleles of two loci.
@@ -143,7 +181,12 @@ public:
     int nb_individuals() const;
     // real_freq = freq / sum of freq; 0 when the sum is not above 0.
     void convert_freq_to_real();
-    void build_all_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive);
+    // build_genotypes for every phenotype, kMaxGenotypes for all together. False at the first that
+    // fails; all lists are then empty, and the estimation of the sample ends.
+    bool build_all_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive);
+    // The same with build_compatible_genotypes.
+    bool build_all_compatible_genotypes(TPopHaploDB& prev_haplo, int* prev_loci, TPopHaploDB& haplo,
+                                        TAlleleDB* alleles, int const& mode, double const& threshold);
     // Empties the genotype list of every phenotype.
     void kill_gen_lists();
     // update_gen_prob of every phenotype.
@@ -185,6 +228,24 @@ public:
     // (list[0] positions, list[1..]).
     void build_sub_PhenDB(int const* mask, TPhenDB const& src);
     void create_temp_PhenDB(int const* list, TPhenDB const& src);
+    // Table of the estimated genotypes for the result document, to follow the table of haplotypes
+    // (TPopHaploDB::print), whose ranks are the ids here. Per phenotype its identifier, count and
+    // probability, then its resolutions in descending order of probability: ids, frequency
+    // expected of the genotype, posterior probability, alleles of both haplotypes. Resolutions
+    // with a posterior below half a millionth are not listed but counted in one line.
+    //   F           inbreeding coefficient of the estimation, 0 without
+    //   compacted   the haplotype store, when its entries hold the variable loci only; null when
+    //               they hold all
+    // Writes: prob, rel_prob and phen_prob, by update_posteriors(F) at the current frequencies
+    void printGenotypeFrequencies(std::ostream& out, double F = 0.0, TPopHaploDB const* compacted = nullptr);
+    // print_detailed_genotypes of every phenotype, with the prob and rel_prob that stand there.
+    void print_all_genotypes(std::ostream& out) const;
+    // Percentage of the individuals with two or more resolutions whose most probable one is the
+    // pair of strings as read, and a line that says so. It means something when the strings were
+    // written by gamete, as simulated data are. Resolutions that tie share the individual.
+    //   compacted   as above
+    // Result: 0 to 100; 100 when every individual has one resolution only
+    double percent_correct_gametic_phase(std::ostream& out, TPopHaploDB const* compacted = nullptr) const;
     // Degrees of freedom of the likelihood-ratio test of association of two loci:
     // (k1 - 1)(k2 - 1), with the alleles seen at the first two loci.
     int get_num_of_deg_freed() const;
