@@ -73,6 +73,10 @@ int zipper_window(int wanted, int loci) {
     return wanted < 1 || wanted > loci ? loci : wanted;
 }
 
+int zipper_orders(const settings& s) {
+    return std::max(s.EMNumZipRandOrders, 1);
+}
+
 void shuffle_loci(std::vector<int>& order) {
     for (std::size_t i = order.size(); i-- > 1;) {
         const auto j = static_cast<std::size_t>(static_cast<double>(i) * ran3());
@@ -87,7 +91,7 @@ std::unique_ptr<ZipperEstimate> estimate_by_zipper(Population& sample, settings&
     if (loci == 0) return nullptr;
     const int window = zipper_window(s.EMWinSize, loci);
     std::unique_ptr<ZipperEstimate> best;
-    for (int run = 0; run < std::max(s.EMNumZipRandOrders, 1) && !s.stopped(); ++run) {
+    for (int run = 0; run < zipper_orders(s) && !s.stopped(); ++run) {
         std::vector<int> order(static_cast<std::size_t>(loci));
         std::iota(order.begin(), order.end(), 0);
         if (s.EMNumZipRandOrders > 0) shuffle_loci(order);

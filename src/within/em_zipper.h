@@ -27,6 +27,9 @@ struct ZipperEstimate {
 // Loci of a window: the number wanted, or all loci when it is below 1 or above their number.
 int zipper_window(int wanted, int loci);
 
+// Orders that are tried: EMNumZipRandOrders, or the one given.
+int zipper_orders(const settings& s);
+
 // Shuffles so that no element keeps its place: an element changes places only with one before it.
 // Draws: one less than there are elements
 // Source: Sattolo 1986, Inf. Process. Lett. 22:315-317

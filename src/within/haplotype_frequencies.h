@@ -12,7 +12,7 @@ namespace mnd {
 class Population;
 class settings;
 
-// Result of Population::comp_gam_phase_EM after a stop.
+// Result of PopGenetics::comp_gam_phase_EM after a stop.
 inline constexpr unsigned kEmStopped = static_cast<unsigned>(-1000);
 
 // Convergence threshold of all bootstrap replicates.
