@@ -3,22 +3,20 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <iomanip>
 #include <new>
-#include <ostream>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
-#include "foundation/format_guard.h"
 #include "foundation/message_codes.h"
 #include "foundation/random.h"
 #include "foundation/report.h"
 #include "foundation/special_functions.h"
 #include "model/compact_list.h"
 #include "model/first_match_index.h"
+#include "model/genotype_builder.h"
 #include "model/integer_part.h"
 #include "model/text_tokens.h"
 
@@ -26,8 +24,6 @@ namespace mnd {
 
 namespace {
 
-// Beyond this many heterozygous loci the genotypes cannot be listed.
-constexpr int kMaxHetLoci = 32;
 // Stands for the logarithm of 0.
 constexpr double kLowestLogLikelihood = -3.4028234663852886e+38;
 
@@ -42,11 +38,6 @@ AllelePair unordered_pair(TPhenotype const& phenotype, long locus) {
 
 bool has_both_strings(TPhenotype const& phenotype) {
     return phenotype.pseudo_hapl[0] != nullptr && phenotype.pseudo_hapl[1] != nullptr;
-}
-
-// Loci at which both strings have an allele.
-long shared_loci(TPhenotype const& phenotype) {
-    return std::min(phenotype.pseudo_hapl[0]->alleles.count, phenotype.pseudo_hapl[1]->alleles.count);
 }
 
 // Hash of a pair of pointers.
@@ -67,17 +58,6 @@ std::size_t hash_pairs(TPhenotype const& phenotype) {
 }
 
 }  // namespace
-
-// ---- TGenotype
-
-std::ostream& operator<<(std::ostream& out, TGenotype const& genotype) {
-    const FormatGuard guard(out);
-    for (TPopHaplotype const* haplotype : {genotype.hapl_1, genotype.hapl_2}) {
-        if (haplotype == nullptr) continue;
-        out << std::right << std::setw(13) << haplotype->view() << "  " << *haplotype << '\n';
-    }
-    return out;
-}
 
 // ---- TPhenotype: construction
 
@@ -219,120 +199,6 @@ void TPhenotype::binary_inc(int* bits, int const& n) {
 }
 
 // ---- TPhenotype: genotypes
-
-namespace {
-
-// Lists the genotypes of one phenotype; a and b go from the strings as read to each
-// resolution in turn.
-class GenotypeBuilder {
-public:
-    GenotypeBuilder(TPhenotype& phenotype, TPopHaploDB& db, TAlleleDB* alleles)
-        : phenotype_(phenotype), db_(db), alleles_(alleles), num_loci_(shared_loci(phenotype)) {
-        for (long l = 0; l < num_loci_; ++l) {
-            if (strings(0).allele(l) != strings(1).allele(l)) het_positions_.push_back(l);
-        }
-        bits_.assign(static_cast<std::size_t>(num_loci_) + 6, 0);
-    }
-
-    // Known dominance: every way of exchanging the alleles of the heterozygous loci, but for the
-    // first, since exchanging all of them gives the same genotype.
-    void list_codominant(int64_t n) {
-        for (int64_t g = 0; g < n; ++g) {
-            TPopHaplotype a(strings(0));
-            TPopHaplotype b(strings(1));
-            for (std::size_t k = 1; k < het_positions_.size(); ++k) {
-                if (bits_[k - 1] != 0) exchange(a, b, het_positions_[k]);
-            }
-            add(a, b, false);
-            next();
-        }
-    }
-
-    // Recessive data: at each locus a homozygote is also one of that allele and the recessive.
-    void list_recessive(int64_t n, bool by_position) {
-        for (int64_t g = 0; g < n; ++g) {
-            TPopHaplotype a(strings(0));
-            TPopHaplotype b(strings(1));
-            for (long l = 0; l < num_loci_; ++l) {
-                if (bits_[static_cast<std::size_t>(l)] != 0) vary_locus(a, b, l, by_position);
-            }
-            add(a, b, true);
-            next();
-        }
-    }
-
-private:
-    TPopHaplotype const& strings(std::size_t k) const { return *phenotype_.pseudo_hapl[k]; }
-    static void exchange(TPopHaplotype& a, TPopHaplotype& b, long l) {
-        std::swap(a.alleles.data[l], b.alleles.data[l]);
-    }
-    void next() { TPhenotype::binary_inc(bits_.data(), static_cast<int>(num_loci_)); }
-
-    void vary_locus(TPopHaplotype& a, TPopHaplotype& b, long l, bool by_position) const {
-        TAllele* own = a.allele(l);
-        if (own != b.allele(l)) {
-            exchange(a, b, l);
-            return;
-        }
-        TAllele* recessive = (*alleles_)(by_position ? own->hapl_pos : own->locus, kBlankIndex);
-        if (recessive != nullptr && own != recessive) b.alleles.data[l] = recessive;
-    }
-
-    // B before A: the order of haplotypes in the database decides the random starts of EM.
-    void add(TPopHaplotype const& a, TPopHaplotype const& b, bool may_repeat) {
-        TPopHaplotype* in_b = db_.insert(b, 1.0);
-        TPopHaplotype* in_a = db_.insert(a, 1.0);
-        if (may_repeat && !seen_.insert(std::minmax(in_a, in_b, std::less<>{})).second) return;
-        phenotype_.genotypes.Add(std::make_unique<TGenotype>(in_a, in_b).release());
-        ++phenotype_.nb_genotypes;
-    }
-
-    TPhenotype& phenotype_;
-    TPopHaploDB& db_;
-    TAlleleDB* alleles_;  // not owned
-    long num_loci_;
-    std::vector<long> het_positions_;
-    std::vector<int> bits_;
-    std::unordered_set<std::pair<TPopHaplotype*, TPopHaplotype*>, PairHash> seen_;
-};
-
-}  // namespace
-
-bool TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive, bool by_position,
-                                 int64_t room) {
-    constexpr const char* kSource = "TPhenotype::build_genotypes()";
-    count_hetero_loci();
-    fully_homozygous = recessive == 0 && nb_het_loci == 0 ? 1 : 0;
-    if (!has_both_strings(*this)) return true;
-    const long loci = shared_loci(*this);
-    const bool vary_homozygotes = recessive != 0 && nb_het_loci != loci;
-    if (nb_het_loci > kMaxHetLoci || (vary_homozygotes && loci > kMaxHetLoci)) {
-        report(Error, kSource, kTooManyHeterozygousLoci);
-        return false;
-    }
-    int64_t n = vary_homozygotes ? int64_t{1} << loci : int64_t{1} << std::max(nb_het_loci - 1, 0);
-    // A number left from before is kept, but for what would only repeat genotypes.
-    if (!vary_homozygotes && nb_genotypes > 0) n = std::min(n, nb_genotypes);
-    nb_genotypes = 0;
-    genotypes.Flush();
-    if (n > room) {
-        report(Error, kSource, kTooManyHeterozygousLoci);
-        return false;
-    }
-    try {
-        GenotypeBuilder builder(*this, db, alleles);
-        if (vary_homozygotes) {
-            builder.list_recessive(n, by_position);
-        } else {
-            builder.list_codominant(n);
-        }
-    } catch (const std::bad_alloc&) {
-        kill_gen_list();
-        report(Error, kSource, kTooManyHeterozygousLoci);
-        return false;
-    }
-    return true;
-}
 
 void TPhenotype::update_gen_prob() {
     phen_prob = 0.0;

@@ -57,9 +57,7 @@ TPopHaplotype::TPopHaplotype(char const& sep) : TPopHaplotype() {
     separator = sep;
 }
 
-TPopHaplotype::TPopHaplotype(TPopHaplotype const& other) : TPopHaplotype() {
-    *this = other;
-}
+TPopHaplotype::TPopHaplotype(TPopHaplotype const& other) = default;
 
 TPopHaplotype& TPopHaplotype::operator=(TPopHaplotype const& other) {
     if (this == &other) return *this;
@@ -193,7 +191,10 @@ void TPopHaploDB::cover() const {
 }
 
 TPopHaplotype* TPopHaploDB::find(TPopHaplotype const& haplotype) const {
-    const std::size_t hash = hash_alleles(haplotype);
+    return find(haplotype, hash_alleles(haplotype));
+}
+
+TPopHaplotype* TPopHaploDB::find(TPopHaplotype const& haplotype, std::size_t hash) const {
     const auto is_wanted = [&](long i) { return same_alleles(*data[i], haplotype); };
     cover();
     long found = index_.first(hash, is_wanted);
@@ -206,14 +207,20 @@ TPopHaplotype* TPopHaploDB::find(TPopHaplotype const& haplotype) const {
 }
 
 TPopHaplotype* TPopHaploDB::insert(TPopHaplotype const& haplotype, double const& f) {
-    if (TPopHaplotype* known = find(haplotype)) {
+    const std::size_t hash = hash_alleles(haplotype);
+    if (TPopHaplotype* known = find(haplotype, hash)) {
         known->freq += f;
         return known;
     }
     auto copy = std::make_unique<TPopHaplotype>(haplotype);
     copy->freq = f;
     Add(copy.get());
-    return copy.release();
+    TPopHaplotype* added = copy.release();
+    // All entries but this one were covered by the search.
+    index_.cover(
+        count, [hash](long) { return hash; },
+        [this](long i, long j) { return same_alleles(*data[i], *data[j]); });
+    return added;
 }
 
 void TPopHaploDB::Flush() {
@@ -479,25 +486,6 @@ void TPopHaploDB::init_ref_hapl(int const* n) {
 
 // ---- TPopHaploDB: the table
 
-namespace {
-
-constexpr const char* kTableRule = "---------------------------------------\n";
-
-void print_table_head(std::ostream& out, long entries, double thr) {
-    const FormatGuard guard(out);
-    out << "\n------------------------------------------\n"
-           "Maximum-likelihood haplotype frequencies :\n"
-           "------------------------------------------\n\n"
-        << "Total number of possible haplotypes      :" << std::setw(15) << entries << '\n'
-        << "Minimum frequency to reach for output    :" << std::scientific << std::setw(15)
-        << std::setprecision(3) << thr << '\n'
-        << kTableRule << std::setw(5) << "#" << std::setw(12) << "Haplotype" << std::setw(10) << "Freq."
-        << std::setw(10) << "s.d." << '\n'
-        << kTableRule;
-}
-
-// The alleles of a haplotype, each followed by the separator. With a compacted database, those of
-// its reference stand at the loci taken out.
 std::string allele_text(TPopHaplotype const& haplotype, TPopHaploDB const* compacted) {
     std::string text;
     const auto append = [&](TAllele const* allele) {
@@ -514,6 +502,23 @@ std::string allele_text(TPopHaplotype const& haplotype, TPopHaploDB const* compa
         append(is_kept ? haplotype.alleles.at_const(own++) : compacted->reference->allele(l));
     }
     return text;
+}
+
+namespace {
+
+constexpr const char* kTableRule = "---------------------------------------\n";
+
+void print_table_head(std::ostream& out, long entries, double thr) {
+    const FormatGuard guard(out);
+    out << "\n------------------------------------------\n"
+           "Maximum-likelihood haplotype frequencies :\n"
+           "------------------------------------------\n\n"
+        << "Total number of possible haplotypes      :" << std::setw(15) << entries << '\n'
+        << "Minimum frequency to reach for output    :" << std::scientific << std::setw(15)
+        << std::setprecision(3) << thr << '\n'
+        << kTableRule << std::setw(5) << "#" << std::setw(12) << "Haplotype" << std::setw(10) << "Freq."
+        << std::setw(10) << "s.d." << '\n'
+        << kTableRule;
 }
 
 // One row; with a compacted database, over all loci of its reference.

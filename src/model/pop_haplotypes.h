@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "foundation/arrays.h"
@@ -171,12 +172,18 @@ public:
 
 private:
     void cover() const;
+    TPopHaplotype* find(TPopHaplotype const& haplotype, std::size_t hash) const;
 
     mutable FirstMatchIndex index_;  // by alleles
 };
 
 // Per entry: the alleles, two blanks, freq with 5 decimals and a line end; then an empty line.
 std::ostream& operator<<(std::ostream& out, TPopHaploDB const& db);
+
+// The alleles of a haplotype, each followed by the separator if it is not 0; not escaped.
+//   compacted   the database of the haplotype, when its entries hold the variable loci only: the
+//               alleles of its reference then stand at the loci taken out. Null when they hold all
+std::string allele_text(TPopHaplotype const& haplotype, TPopHaploDB const* compacted);
 
 // Draws haplotypes in proportion to freq from a database that does not change meanwhile.
 // The same answers as TPopHaploDB::select_haplotype, in O(log entries).
