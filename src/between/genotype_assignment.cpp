@@ -107,11 +107,13 @@ bool estimate_locus(Population& sample, int slot, TPhenDB& part, settings& s, co
     return true;
 }
 
-// Estimates the frequencies at all loci of a sample.
+// Estimates the frequencies at all loci of a sample, in which an individual may be left out.
 //   individual   index of the entry that has one individual less, -1: none
 // Returns: false when the work was stopped
-bool estimate_sample(Population& sample, int slot, int individual, settings& s, const Effort& effort) {
+bool estimate_sample(Population& sample, int slot, int individual, bool known_phase, settings& s,
+                     const Effort& effort) {
     const CopiesLeftOut left_out(sample, individual >= 0 ? kCopiesOfIndividual : 0.0);
+    if (known_phase) count_haplotypes(sample, individual);
     TPhenDB part;
     for (int locus = 0; locus < sample.phen_db.num_loci(); ++locus) {
         take_locus(part, sample, locus, individual);
@@ -172,10 +174,8 @@ bool IndLikelihood::estimate_frequencies(int smaller_sample, int individual) {
     const double work_done = settings::global_work_done;
     bool done = true;
     for (int i = 0; i < nb_samples && done; ++i) {
-        Population& sample = *samples->populations[i];
         const int left_out = i == smaller_sample ? individual : -1;
-        if (has_known_phase()) count_haplotypes(sample, left_out);
-        done = estimate_sample(sample, i, left_out, *sett, effort);
+        done = estimate_sample(*samples->populations[i], i, left_out, has_known_phase(), *sett, effort);
     }
     settings::global_work_done = work_done;
     return done;

@@ -150,7 +150,7 @@ private:
     bool run_on_document(const OpenedDocument& document, cleaner& pre_pass);
     void analyse_level(std::fstream& results, const char* label, const char* heading);
     void analyse_samples(std::fstream& results, const char* label, const char* heading);
-    void assign_individuals(std::fstream& results);
+    void assign_individuals();
     void group_pass(std::fstream& results);
     void population_pass(std::fstream& results);
     void detect_selected_loci(std::fstream& results);

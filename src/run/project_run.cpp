@@ -10,6 +10,8 @@
 #include <string>
 #include <utility>
 
+#include "between/genotype_assignment.h"
+#include "foundation/clock_time.h"
 #include "foundation/escape.h"
 #include "foundation/format_guard.h"
 #include "results/citations.h"
@@ -335,16 +337,20 @@ bool Project::check_project(std::fstream& results) {
 }
 
 // The assignment test takes every genotype as of unknown phase.
-void Project::assign_individuals(std::fstream& results) {
+void Project::assign_individuals() {
+    constexpr double kInitialFrequency = 1e-10;  // until that of each sample is known
     const UnknownPhase view(the_settings, *samples);
-    tell_missing_analysis(results, "assignment of genotypes to samples");
+    *_AOS_ << "\n\tComputing likelihoods of genotypes...";
+    const std::clock_t begin = std::clock();
+    IndLikelihood(*samples, the_settings, kInitialFrequency).run();
+    *_AOS_ << " done in " << milliseconds_since(begin) << " ms\n";
 }
 
 // The analyses of each sample by itself.
 //   label, heading   how the tree and the document name this level
 void Project::analyse_samples(std::fstream& results, const char* label, const char* heading) {
     settings& s = the_settings;
-    if ((s.TaskNumber & kTaskAssignment) != 0) assign_individuals(results);
+    if ((s.TaskNumber & kTaskAssignment) != 0) assign_individuals();
     if ((s.TaskNumber & kPerSampleTasks) == 0) return;
     TJSOut(s.js_file_name.c_str()).aux(2, label, "");
     write_level_heading(results, heading);

@@ -360,11 +360,78 @@ TEST_F(ProjectRun, AssignmentSeesKnownPhaseAsUnknown) {
         };
         std::pair seen(-1, -1);
         mnd_test::WatchedLog own_log;
-        own_log.when("assignment of genotypes to samples", [&] { seen = phases(); });
+        own_log.when("Computing likelihoods of genotypes...", [&] { seen = phases(); });
         ASSERT_TRUE(run("g", settings_of(kTaskAssignment)));
         EXPECT_EQ(seen, std::pair(0, 0));
         EXPECT_EQ(phases(), std::pair(phase, phase));
     }
+}
+
+// Two samples of one locus: North has 1 and 2 in halves, South 2 only.
+std::string genotype_project(int phase) {
+    return "[Profile]\nTitle=\"G\"\nNbSamples=2\nGenotypicData=1\nGameticPhase=" + std::to_string(phase) +
+           "\nDataType=STANDARD\nLocusSeparator=WHITESPACE\nMissingData=\"?\"\n[Data]\n[[Samples]]\n"
+           "SampleName=\"North\"\nSampleSize=2\nSampleData={\na 1 1\n  1\nb 1 2\n  2\n}\n"
+           "SampleName=\"South\"\nSampleSize=3\nSampleData={\nc 3 2\n  2\n}\n";
+}
+
+// ln 1/4 = -1.386; ln u^2 is -9.532 for 6 copies, u the frequency of what was not seen
+constexpr const char* kLikelihoodsOfNorth =
+    "\nSample 1\n----------\n"
+    "          \t         1         2\n"
+    "         a\t    -1.386    -9.532\n"
+    "         b\t    -1.386     0.000\n";
+
+TEST_F(ProjectRun, AssignmentRunsBeforeTheAnalysesOfEachSample) {
+    for (const int phase : {0, 1}) {
+        write_text(folder / "g.mnp", genotype_project(phase));
+        ASSERT_TRUE(run("g", settings_of(kTaskAssignment | kTaskStandardIndices)));
+        const std::string text = document("g");
+        const std::size_t at = text.find(kLikelihoodsOfNorth);
+        ASSERT_NE(at, std::string::npos);
+        EXPECT_LT(at, text.find("== ANALYSES AT THE INTRA-POPULATION LEVEL"));
+        EXPECT_EQ(count_of(text, "== LIKELIHOOD OF INDIVIDUAL GENOTYPES"), 1);
+        EXPECT_FALSE(contains(text, "Not computed"));
+        EXPECT_TRUE(contains(document("g", ".js"), "\tinsDoc(aux1, gLnk(\"R\", \"Genotype assignment\", "));
+    }
+}
+
+TEST_F(ProjectRun, AssignmentAloneNeedsNoOtherTask) {
+    write_text(folder / "g.mnp", genotype_project(0));
+    ASSERT_TRUE(run("g", settings_of(kTaskAssignment, "XMLOutput=1\n")));
+    const std::string text = document("g", ".xml");
+    EXPECT_TRUE(contains(text, kLikelihoodsOfNorth));
+    EXPECT_FALSE(contains(text, "INTRA-POPULATION"));
+    EXPECT_TRUE(is_well_formed("g"));
+    EXPECT_TRUE(log.holds("\n\tComputing likelihoods of genotypes..."));
+}
+
+TEST_F(ProjectRun, AssignmentRunsAtTheGroupLevelToo) {
+    write_text(folder / "g.mnp", genotype_project(0));
+    group_samples();
+    ASSERT_TRUE(run("g", settings_of(kTaskAssignment, "ComputeSumStatsWithinGroups=1\n")));
+    const std::string text = document("g");
+    EXPECT_EQ(count_of(text, "== LIKELIHOOD OF INDIVIDUAL GENOTYPES"), 2);
+    EXPECT_EQ(count_of(text, kLikelihoodsOfNorth), 2);
+    EXPECT_LT(text.find("       1:\tGroup 1\n       2:\tGroup 2\n"),
+              text.find("       1:\tNorth\n       2:\tSouth\n"));
+    EXPECT_EQ(count_of(text, "_gr_genot_assignment\"></A>"), 1);
+    EXPECT_EQ(count_of(text, "_genot_assignment\"></A>"), 2);
+}
+
+// Both samples make one group of five individuals: 2 of 10 copies are 1.
+TEST_F(ProjectRun, AssignmentOfGroupsPoolsTheirSamples) {
+    write_text(folder / "g.mnp", genotype_project(0) +
+                                     "[[Structure]]\nStructureName=\"S\"\nNbGroups=1\n"
+                                     "Group={\n\"North\"\n\"South\"\n}\n");
+    ASSERT_TRUE(run("g", settings_of(kTaskAssignment, "ComputeSumStatsWithinGroups=1\n")));
+    // ln 0.2^2 = -3.219, ln 0.8^2 = -0.446
+    EXPECT_TRUE(contains(document("g"),
+                         "\nSample 1\n----------\n"
+                         "          \t         1\n"
+                         "         a\t    -3.219\n"
+                         "         b\t    -0.446\n"
+                         "         c\t    -0.446\n"));
 }
 
 TEST_F(ProjectRun, SelectionWithoutGroupsSaysThatItIsImpossible) {
@@ -403,12 +470,11 @@ TEST_F(ProjectRun, WhatThisVersionDoesNotHoldIsSaidInTheDocumentAndTheLog) {
                "[Profile]\nTitle=\"G\"\nNbSamples=1\nGenotypicData=1\nGameticPhase=0\nDataType=STANDARD\n"
                "LocusSeparator=WHITESPACE\nMissingData=\"?\"\nRecessiveData=0\n[Data]\n[[Samples]]\n"
                "SampleName=\"S\"\nSampleSize=2\nSampleData={\ni 2 1 2\n  1 3\n}\n");
-    ASSERT_TRUE(run("g", settings_of(kTaskAssignment | kTaskPairwiseFst | kTaskMantel |
-                                         kTaskExactDifferentiation | kTaskAmova,
+    ASSERT_TRUE(run("g", settings_of(kTaskPairwiseFst | kTaskMantel | kTaskExactDifferentiation | kTaskAmova,
                                      "HaplAMOVA=1\nXMLOutput=1\n")));
     const std::string text = document("g", ".xml");
-    for (const char* name : {"assignment of genotypes to samples", "correlation between distance matrices",
-                             "exact test of population differentiation"}) {
+    for (const char* name :
+         {"correlation between distance matrices", "exact test of population differentiation"}) {
         const std::string line =
             std::string("\nNot computed: this version does not hold the ") + name + ".\n";
         EXPECT_EQ(count_of(text, line), 1) << name;
