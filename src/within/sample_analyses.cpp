@@ -14,6 +14,7 @@
 #include "model/popul_rflp.h"
 #include "model/popul_standard.h"
 #include "model/samples.h"
+#include "results/citations.h"
 #include "run/errors.h"
 #include "within/allele_counts.h"
 #include "within/diversity_blocks.h"
@@ -111,7 +112,7 @@ private:
             {kTaskLinkageDisequilibrium, "== Pairwise linkage disequilibrium : (",
              "Testing linkage disequilibrium...", &SampleAnalyses::not_held},
             {kTaskHardyWeinberg, "== Hardy-Weinberg equilibrium : (", "Testing Hardy-Weinberg equilibrium...",
-             &SampleAnalyses::not_held},
+             &SampleAnalyses::hardy_weinberg},
             {kTaskDistanceFiles, nullptr, "Writing distances between haplotypes...",
              &SampleAnalyses::distance_file},
             {kTaskTajima, "== Tajima's test of selective neutrality : (", "Computing Tajima's test...",
@@ -274,6 +275,11 @@ private:
         sample_.theta_k_lower = theta.lower;
         sample_.theta_k_upper = theta.upper;
         return true;
+    }
+
+    void hardy_weinberg() {
+        sample_.make_all_hw(*s_.result_stream, sample_.phen_db, s_.MarkovChainStepsHW, s_);
+        References(out_, Citation::Guo_Thompson_1992);
     }
 
     // Only haplotypes with content have distances.
