@@ -1,7 +1,5 @@
 #include "input/dist_mat.h"
 
-#include <cstdio>
-#include <cstring>
 #include <ostream>
 #include <string>
 
@@ -9,30 +7,11 @@
 #include "foundation/message_codes.h"
 #include "foundation/report.h"
 #include "input/external_name.h"
-#include "input/keyword_reader.h"
 #include "results/xml_tags.h"
 #include "run/errors.h"
 #include "run/settings.h"
 
 namespace mnd {
-
-namespace {
-
-// Passes over a value: the rest of the line, or a block in braces, which may begin on a later
-// line and ends at the latest where another section begins.
-void pass_over_value(std::istream& is) {
-    const bool empty_line = test_end_of_line(is);
-    const bool block = peek_beyond_comments(is) == '{';
-    if (empty_line && !block) return;
-    const char end = block ? '}' : '\n';
-    for (int c = is.peek(); c != -1; c = is.peek()) {
-        if (block && c == '[') return;
-        is.get();
-        if (c == end) return;
-    }
-}
-
-}  // namespace
 
 DistMat::DistMat() : TriMat(0) {}
 
@@ -67,28 +46,6 @@ void DistMat::reset() {
     labels.clear();
     TriMat::initialize();
     conventional = 0;
-}
-
-int DistMat::get_mat_name(std::ifstream& is) {
-    MatrixName = "none";
-    my_string keyword;
-    while (get_next_ident(is, keyword)) {
-        if (!is_identifier(keyword)) {
-            report(Warning, "DistMat::get_settings( ifstream& ifs)", kUnexpectedDistanceMatrixKeyword);
-            return 0;
-        }
-        const bool external = keyword == "matrixdata" && read_matrix_source(is);
-        if (!external) pass_over_value(is);
-    }
-    return 1;
-}
-
-bool DistMat::read_matrix_source(std::ifstream& is) {
-    MatrixName = "Defined In project file";
-    if (peek_beyond_comments(is) == '{') return false;
-    my_string word;
-    if (!get_qstring(is, word) || !(word == "EXTERN")) return false;
-    return get_qstring(is, MatrixName);
 }
 
 void DistMat::build_ext_name(char* out, const char* name) const {

@@ -15,6 +15,9 @@ namespace mnd {
 // Where the labels of a matrix stand: on one line ahead of the rows, or before each row.
 enum LabelPlace : int { kLabelsOnLine = 0, kLabelsInColumn = 1 };
 
+// Rows of a matrix beyond which no reader makes one: its cells alone would take 0.9 GB.
+inline constexpr int kMaxMatrixRows = 15000;
+
 // Distances between haplotypes; rows are bound to haplotypes through the labels. With
 // `conventional` set it holds no cells: 0 on the diagonal and 1 elsewhere.
 class DistMat : public TriMat, public ProfileSettings {
@@ -47,6 +50,23 @@ public:
     // Result: 1, or 0 after a report and a text in the log
     int ReadDistanceMatrix(std::istream& is, bool external, int& line_no);
 
+    // Reads the section in its older syntax, in which layout does not count (free_form_matrix.cpp). The
+    // stream stands behind "[[DistanceMatrix]]" and is left at the next section.
+    // Result: 1; 0 after a word that is no keyword (warning 23) or a keyword that is refused (error 24)
+    int get_settings(std::ifstream& is);
+
+    // Reads the value of one lower-case keyword for `get_settings`. Result: 1, or 0, after a report for
+    // any keyword but the name.
+    int read_id_content(std::ifstream& is, my_string keyword);
+
+    // Reads labels, if they stand on a line, and rows; the stream stands behind the opening brace, or at
+    // the start of a file. MatrixSize and LabelPosition must stand. The rows may be wrapped: then all rows
+    // of the first columns come first, and each further block begins at its own diagonal, with its labels
+    // again if they stand in a column. Values have no sign, begin with a digit, and are kept in single
+    // precision.
+    // Result: 1, or 0 after an error that names line (here: row) and column, from 1
+    int read_MatrixData(std::ifstream& is);
+
     // Finds only where the matrix comes from: MatrixName becomes "none", "Defined In project
     // file", or the name of the external file. The stream stands behind "[[DistanceMatrix]]" and
     // is left at the next section.
@@ -65,6 +85,11 @@ private:
     friend std::ostream& operator<<(std::ostream& document, DistMat const& matrix);
     void write(std::ostream& os, bool in_document) const;
     bool read_matrix_source(std::ifstream& is);
+    int read_matrix_size(std::ifstream& is);
+    int read_label_position(std::ifstream& is);
+    int read_haplotype_labels(std::ifstream& is);
+    int read_matrix_data(std::ifstream& is);
+    int read_external_matrix(std::ifstream& is);
 };
 
 // The same text for the result document: names are escaped, and under XML output the labels and the

@@ -40,10 +40,6 @@ bool fail(const char* reporter, int code) {
     return false;
 }
 
-bool is_letter_or_digit(int c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
-
 // Begins an entry of a data block. False at the end of the block; `failed` after a report of a
 // character that can't begin one.
 bool begins_entry(std::istream& in, const char* console_text, const char* reporter, bool& failed) {

@@ -72,18 +72,17 @@ my_string text_of(std::string_view part) {
     return my_string(std::string(part).c_str());
 }
 
-// Copy of a line in upper case, what stands between double quotes left out.
-std::string unquoted_upper(my_string const& line) {
-    std::string kept;
-    bool quoted = false;
-    for (const char c : line.view()) {
-        if (c == '"') {
-            quoted = !quoted;
-        } else if (!quoted) {
-            kept += (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
-        }
+// The text with all that stands between double quotes left out.
+std::string without_quoted_parts(std::string_view text) {
+    std::string plain;
+    while (true) {
+        const std::size_t opening = text.find('"');
+        const std::size_t closing = opening == std::string_view::npos ? opening : text.find('"', opening + 1);
+        plain += text.substr(0, closing == std::string_view::npos ? closing : opening);
+        if (closing == std::string_view::npos) return plain;
+        plain += ' ';
+        text.remove_prefix(closing + 1);
     }
-    return kept;
 }
 
 // ---- Characters of a stream
@@ -95,9 +94,6 @@ bool is_white(int c) {
 }
 bool is_digit(int c) {
     return c >= '0' && c <= '9';
-}
-bool is_letter_or_digit(int c) {
-    return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 bool is_graphic(int c) {
     return c > 0x20 && c < 0x7f;
@@ -292,6 +288,14 @@ my_string upper_copy(my_string const& text) {
     return upper;
 }
 
+bool holds_heading(std::string_view line, std::string_view upper_heading) {
+    std::string plain = without_quoted_parts(line);
+    for (char& c : plain) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return plain.find(upper_heading) != std::string::npos;
+}
+
 bool read_project_line(std::istream& is, my_string& line, int& line_no) {
     line.read_line(is);
     const bool nothing_left = is.fail() && line.is_null();
@@ -306,12 +310,11 @@ bool line_was_too_long(std::istream const& is) {
     return is.fail() && !is.eof() && !is.bad();
 }
 
-bool pass_over_subsection(std::istream& is, std::initializer_list<const char*> stop_words, int& line_no,
+bool pass_over_subsection(std::istream& is, std::initializer_list<const char*> headings, int& line_no,
                           my_string& line) {
     while (read_project_line(is, line, line_no)) {
-        const std::string plain = unquoted_upper(line);
-        const auto stands_here = [&plain](const char* word) { return plain.find(word) != std::string::npos; };
-        if (std::any_of(stop_words.begin(), stop_words.end(), stands_here)) return true;
+        const auto stands_here = [&line](const char* heading) { return holds_heading(line.view(), heading); };
+        if (std::any_of(headings.begin(), headings.end(), stands_here)) return true;
     }
     line = "";
     return false;
@@ -330,6 +333,10 @@ int peek_beyond_comments(std::istream& is) {
         }
     }
     return kEnd;
+}
+
+bool is_letter_or_digit(int c) {
+    return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
 bool skip_comments(std::istream& is) {

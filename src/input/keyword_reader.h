@@ -13,6 +13,7 @@
 #include <fstream>
 #include <initializer_list>
 #include <istream>
+#include <string_view>
 
 #include "foundation/my_string.h"
 #include "foundation/number_text.h"
@@ -72,6 +73,11 @@ bool detectFullPathInFileName(my_string const& name);
 // Copy of the text in upper case, to look for keywords in.
 my_string upper_copy(my_string const& text);
 
+// Whether the heading of a section, given in upper case such as "[MANTEL]", stands on the line in any
+// case of letters. Between double quotes it is part of a name; a quote that is not closed on the
+// line hides nothing.
+bool holds_heading(std::string_view line, std::string_view upper_heading);
+
 // Reads the next line of a project file: raises line_no, cuts the comment, and strips a CR
 // at the end. False when there was no line left to read, and when the line is longer than
 // a text may be: then the stream is failed without being at its end.
@@ -81,17 +87,19 @@ bool read_project_line(std::istream& is, my_string& line, int& line_no);
 bool line_was_too_long(std::istream const& is);
 
 // Passes over a subsection whatever braces and quotes it holds: reads lines until one holds
-// one of the stop words (upper case, such as "[MANTEL]") outside double quotes, in any case,
-// or the stream ends. That line is left in `line` for the caller to classify; at the end
+// one of the headings (see holds_heading) or the stream ends. That line is left in `line` for the caller to classify; at the end
 // of the stream `line` is empty.
-// Returns: true when a stop word was met
-bool pass_over_subsection(std::istream& is, std::initializer_list<const char*> stop_words, int& line_no,
+// Returns: true when a heading was met
+bool pass_over_subsection(std::istream& is, std::initializer_list<const char*> headings, int& line_no,
                           my_string& line);
 
 // ---- Token reader
 //
 // White space is blank, TAB, CR and LF unless told otherwise. All leave the stream behind
 // what they took; a character that stopped them is put back.
+
+// Whether c, a character or the end of a stream, is an ASCII letter or digit.
+bool is_letter_or_digit(int c);
 
 // Skips white space and comments up to a letter, digit, quote, "[", "}" or zero byte, which
 // stays in the stream. True there and at the end of the stream; a stream that fails gives

@@ -273,7 +273,7 @@ int Samples::NewReadSamples(std::ifstream& file, ProfileSettings& profile, Haplo
     SectionReader::Outcome outcome = SectionReader::kGoOn;
     while (outcome == SectionReader::kGoOn && read_project_line(file, line, line_no)) {
         const std::string_view text = line.view();
-        if (holds_word(text, "[STRUCTURE]") || holds_word(text, "[MANTEL]")) {
+        if (holds_heading(text, "[STRUCTURE]") || holds_heading(text, "[MANTEL]")) {
             reader.next_section();
             return 1;
         }

@@ -18,8 +18,8 @@ class Samples;
 // Groups finished so far by the token reader.
 extern std::int32_t NbGroupsRead;
 
-// Most groups that the token reader stores.
-inline constexpr int kMaxExploredGroups = 1000;
+// Most groups that the token readers store.
+inline constexpr int kMaxTokenGroups = 1000;
 
 // The groups of samples to compare. They refer to samples of `Samples`, which must outlive
 // this; nothing here deletes a sample.
@@ -51,6 +51,10 @@ public:
     // Makes NbGroups empty groups of size 0.
     void allocate_groups();
 
+    // Makes or gives up groups until there are NbGroups. Those that stay keep their samples, and
+    // NbSamples counts these.
+    void fit_groups();
+
     // 1 when that very sample stands in a group, else 0.
     int has_population(const Population* p) const;
 
@@ -70,6 +74,16 @@ public:
     // Result: 1, or 0 after a text in the log when a sample is not among them
     int build_one_loci_str(Samples* one_locus_samples, Structure* source);
 
+    // Reads the section in its older syntax, in which layout does not count and names need no quotes
+    // (free_form_structure.cpp). The stream stands behind "[[Structure]]" and is left at the next section.
+    // Result: 1, or 0 after a report: for a word that is no keyword, a keyword that is refused (nothing is
+    //         left of the structure then), and groups that are not as many as declared
+    int open(std::ifstream& is, ProfileSettings& profile, Samples& samples);
+
+    // Reads the value of one lower-case keyword for `open`; groups count in NbGroupsRead. A number of
+    // groups that is not stored is told, and reading goes on. Result: 1, or 0 after a report.
+    int read_id_content(std::ifstream& is, Samples& samples, my_string keyword);
+
     // Lists the structure without knowing its samples: writes NbGroups and, between braces,
     // the sample names of each group, a line each, to the file out_name, which is truncated.
     // The stream stands behind "[[Structure]]".
@@ -84,6 +98,9 @@ public:
     void print_structure(std::ostream& document) const;
 
 private:
+    int read_structure_name(std::ifstream& is);
+    int read_group(std::ifstream& is, Samples& samples);
+    int place_sample(Samples& samples, my_string const& sample_name);
     int explore_nb_groups(std::ifstream& is, std::ostream& out);
     int explore_group(std::ifstream& is, std::ostream& out);
 };

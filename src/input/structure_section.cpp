@@ -28,20 +28,6 @@ constexpr char kMantelHeading[] = "[MANTEL]";
 // Groups beyond which none are made: every group needs a sample.
 constexpr int kMostGroups = 100000;
 
-// The text with all that stands between double quotes left out. A quote that is not closed on the
-// line hides nothing.
-std::string without_quoted_parts(std::string_view text) {
-    std::string plain;
-    while (true) {
-        const std::size_t opening = text.find('"');
-        const std::size_t closing = opening == std::string_view::npos ? opening : text.find('"', opening + 1);
-        plain += text.substr(0, closing == std::string_view::npos ? closing : opening);
-        if (closing == std::string_view::npos) return plain;
-        plain += ' ';
-        text.remove_prefix(closing + 1);
-    }
-}
-
 // Where the first brace of the kind stands outside of quotes; npos for none.
 std::size_t find_unquoted(std::string_view text, char brace) {
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -93,7 +79,6 @@ private:
     Outcome place_sample(my_string const& name);
     Outcome finish_group();
     bool pass_over_stray_character(std::istream& names) const;
-    void resize_groups();
     std::size_t group() const { return static_cast<std::size_t>(nb_read_); }
 
     Structure& structure_;  // not owned
@@ -138,7 +123,8 @@ Outcome StructureReader::take_number_of_groups() {
     const int declared = whole_part(value);
     if (declared < 0 || declared > kMostGroups) return bad_number_of_groups();
     structure_.NbGroups = declared;
-    if (!structure_.groups.empty()) resize_groups();
+    // It may come behind the first group.
+    if (!structure_.groups.empty()) structure_.fit_groups();
     return Outcome::kGoOn;
 }
 
@@ -157,19 +143,6 @@ Outcome StructureReader::tell_obsolete_level() const {
     *_AOS_ << "\tWarning: Keyword \"IndividualLevel\" defined on line " << line_no_
            << " is obsolete. Activation of this option is now made through the interface." << std::endl;
     return Outcome::kGoOn;
-}
-
-// A number of groups that comes after the first group changes how many there are.
-void StructureReader::resize_groups() {
-    std::vector<MY_TIArrayAsVector<Population>> before;
-    before.swap(structure_.groups);
-    structure_.allocate_groups();
-    structure_.NbSamples = 0;
-    for (std::size_t g = 0; g < std::min(before.size(), structure_.groups.size()); ++g) {
-        structure_.groups[g] = before[g];
-        structure_.group_sizes[g] = static_cast<std::int32_t>(before[g].count);
-        structure_.NbSamples += structure_.group_sizes[g];
-    }
 }
 
 void StructureReader::complete_groups() {
@@ -207,8 +180,7 @@ Outcome StructureReader::read_first_line(Braces& braces) {
 
 Outcome StructureReader::read_group_line(Braces& braces) {
     std::string_view text = line_.view();
-    if (upper_copy(my_string(without_quoted_parts(text).c_str())).contains(kMantelHeading))
-        return Outcome::kSuccess;
+    if (holds_heading(text, kMantelHeading)) return Outcome::kSuccess;
     const std::size_t opening = find_unquoted(text, '{');
     const bool opens = opening != std::string_view::npos;
     braces.closed = find_unquoted(text, '}') != std::string_view::npos;
@@ -304,7 +276,7 @@ int Structure::NewReadStructure(std::ifstream& file, ProfileSettings& profile, S
     Outcome outcome = Outcome::kGoOn;
     while (outcome == Outcome::kGoOn && reader.next_line()) {
         const my_string upper = upper_copy(line);
-        if (without_quoted_parts(upper.view()).find(kMantelHeading) != std::string::npos) {
+        if (holds_heading(line.view(), kMantelHeading)) {
             outcome = Outcome::kSuccess;
         } else if (upper.contains("STRUCTURENAME")) {
             name_seen = true;
@@ -327,6 +299,27 @@ int Structure::NewReadStructure(std::ifstream& file, ProfileSettings& profile, S
     return outcome == Outcome::kSuccess ? 1 : reader.judge_number_of_groups();
 }
 
+namespace {
+
+// Adds the samples of the groups of `source` to those of `copy`, each as the first one of its name in
+// `target`. Returns: false when there is no such sample, or none at all
+bool copy_groups_by_name(const Samples& target, const Structure& source, Structure& copy) {
+    std::unordered_map<std::string, Population*> by_name;
+    for (Population* sample : target.populations)
+        by_name.try_emplace(std::string(sample->name.view()), sample);
+    if (by_name.empty()) return false;
+    for (std::size_t g = 0; g < source.groups.size(); ++g) {
+        for (const Population* sample : source.groups[g]) {
+            const auto match = by_name.find(std::string(sample->name.view()));
+            if (match == by_name.end()) return false;
+            copy.groups[g].Add(match->second);
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
 int Structure::build_one_loci_str(Samples* one_locus_samples, Structure* source) {
     ProfileSettings::operator=(*one_locus_samples);
     StructureName = source->StructureName;
@@ -334,20 +327,9 @@ int Structure::build_one_loci_str(Samples* one_locus_samples, Structure* source)
     NbGroups = source->NbGroups;
     allocate_groups();
     group_sizes = source->group_sizes;
-    std::unordered_map<std::string, Population*> target;
-    for (Population* sample : one_locus_samples->populations)
-        target.try_emplace(std::string(sample->name.view()), sample);
-    for (std::size_t g = 0; g < source->groups.size(); ++g) {
-        for (const Population* sample : source->groups[g]) {
-            const auto match = target.find(std::string(sample->name.view()));
-            if (match == target.end()) {
-                *_AOS_ << "\tStructure::build_one_loci_str(): impossible to reproduce structure" << std::endl;
-                return 0;
-            }
-            groups[g].Add(match->second);
-        }
-    }
-    return 1;
+    if (copy_groups_by_name(*one_locus_samples, *source, *this)) return 1;
+    *_AOS_ << "\tStructure::build_one_loci_str(): impossible to reproduce structure" << std::endl;
+    return 0;
 }
 
 }  // namespace mnd

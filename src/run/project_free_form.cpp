@@ -40,10 +40,10 @@ public:
 private:
     bool read_data();
     bool read_subsection(int subsection);
-    void pass_over_distance_matrix();
+    bool read_distance_matrix();
     bool read_haplotypes();
     bool read_samples();
-    bool pass_over_structure();
+    bool read_structure();
     void pass_over_mantel();
     bool stop(const char* reason);
     bool fail(int code, const char* reason);
@@ -96,25 +96,23 @@ bool FreeFormProject::read_data() {
 bool FreeFormProject::read_subsection(int subsection) {
     switch (subsection) {
         case kSubDistanceMatrix:
-            pass_over_distance_matrix();
-            return true;
+            return read_distance_matrix();
         case kSubHaplotypeDefinition:
             return read_haplotypes();
         case kSubSamples:
             return read_samples();
         case kSubStructure:
-            return pass_over_structure();
+            return read_structure();
         default:
             pass_over_mantel();
             return true;
     }
 }
 
-void FreeFormProject::pass_over_distance_matrix() {
+bool FreeFormProject::read_distance_matrix() {
     static_cast<ProfileSettings&>(project_.dist_mat) = project_;
     *_AOS_ << "\tReading distance matrix ..." << std::endl;
-    pass_over_content(file_);
-    *_AOS_ << "\tThe distance matrix of the project is passed over, none of its distances is used\n";
+    return project_.dist_mat.get_settings(file_) != 0 || stop("the distance matrix can't be read");
 }
 
 bool FreeFormProject::read_haplotypes() {
@@ -135,15 +133,13 @@ bool FreeFormProject::read_samples() {
     return true;
 }
 
-bool FreeFormProject::pass_over_structure() {
+bool FreeFormProject::read_structure() {
     if (!samples_stand_before(kStructureSection, samples_read_, *project_.samples)) {
         return stop("a section that needs samples stands before them");
     }
     *_AOS_ << "\tReading genetic structure ..." << std::endl;
-    static_cast<ProfileSettings&>(*project_.structure) = project_;
-    pass_over_content(file_);
-    *_AOS_ << "\tThe genetic structure of the project is passed over, none of its groups is used\n";
-    return true;
+    return project_.structure->open(file_, project_, *project_.samples) != 0 ||
+           stop("the genetic structure can't be read");
 }
 
 void FreeFormProject::pass_over_mantel() {

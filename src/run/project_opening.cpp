@@ -28,9 +28,6 @@ namespace {
 
 constexpr char kOrigin[] = "Project::newOpen()";
 
-// Rows of a matrix beyond which none is made: its cells alone would take 0.9 GB.
-constexpr int kMaxMatrixRows = 15000;
-
 // What the lines of a project file have shown so far.
 struct SectionsSeen {
     ProfileKeywordsSeen keywords;
@@ -174,12 +171,13 @@ bool ProjectReader::take_line() {
     return take_section_line();
 }
 
-// The sections behind the samples: the reader of the samples leaves their first line.
+// The sections behind the samples: the reader of the samples leaves their first line, that of the
+// structure the line that stopped it, or the last of the file.
 bool ProjectReader::take_section_line() {
-    if (upper_.contains("[STRUCTURE]") && !take_structure()) return false;
+    if (holds_heading(line_.view(), "[STRUCTURE]") && !take_structure()) return false;
     if (!seen_.structure) return true;
     upper_ = upper_copy(line_);
-    return !upper_.contains("[MANTEL]") || take_mantel();
+    return !holds_heading(line_.view(), "[MANTEL]") || take_mantel();
 }
 
 bool ProjectReader::begin_data() {

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 #include <string>
 
@@ -11,16 +10,12 @@
 #include "run/settings.h"
 #include "support/captured_log.h"
 #include "support/captured_reports.h"
-#include "support/temp_folder.h"
 
 namespace {
 
 using namespace mnd;
 using mnd_test::CapturedLog;
 using mnd_test::CapturedReports;
-using mnd_test::Report;
-using mnd_test::TempFolder;
-using mnd_test::write_text;
 
 DistMat two_rows() {
     DistMat matrix;
@@ -135,61 +130,6 @@ TEST(DistMatText, MissingLabelsAreAnInfo) {
     ASSERT_EQ(reports.all().size(), 1u);
     EXPECT_EQ(reports.all()[0].type, Info);
     EXPECT_EQ(reports.all()[0].code, 11);
-}
-
-// ---- Exploring
-
-class DistMatExplore : public ::testing::Test {
-protected:
-    int explore(const std::string& text) {
-        write_text(folder / "p.mnp", text);
-        std::ifstream file(folder / "p.mnp");
-        const int result = matrix.get_mat_name(file);
-        next = static_cast<char>(file.peek());
-        return result;
-    }
-
-    TempFolder folder;
-    CapturedReports reports;
-    DistMat matrix;
-    char next = 0;  // where the reader stopped
-};
-
-TEST_F(DistMatExplore, MatrixOfTheProject) {
-    EXPECT_EQ(explore("\nMatrixName=\"a [b]\"\nMatrixSize=2\nLabelPosition=COLUMN\nHaplLabels={ a b }\n"
-                      "MatrixData={\n a 0\n b 1 0\n}\n[[Samples]]"),
-              1);
-    EXPECT_EQ(matrix.MatrixName.view(), "Defined In project file");
-    EXPECT_EQ(next, '[');
-}
-
-TEST_F(DistMatExplore, MatrixOfAnExternalFile) {
-    EXPECT_EQ(explore("MatrixData = EXTERN \"my matrix.txt\"\nMatrixSize=2\n[[Samples]]"), 1);
-    EXPECT_EQ(matrix.MatrixName.view(), "my matrix.txt");
-    EXPECT_EQ(next, '[');
-}
-
-TEST_F(DistMatExplore, NoMatrix) {
-    EXPECT_EQ(explore("MatrixSize=2\n[[Samples]]"), 1);
-    EXPECT_EQ(matrix.MatrixName.view(), "none");
-}
-
-TEST_F(DistMatExplore, EmptyValueEndsWithItsLine) {
-    EXPECT_EQ(explore("MatrixSize= # none\nMatrixData={\n0\n1 0\n}\n[[Samples]]"), 1);
-    EXPECT_EQ(matrix.MatrixName.view(), "Defined In project file");
-    EXPECT_EQ(explore("HaplLabels= # below\n{\n a\n b }\nMatrixSize=2\n[[Samples]]"), 1);
-    EXPECT_EQ(next, '[');
-}
-
-TEST_F(DistMatExplore, UnclosedMatrixEndsAtTheNextSection) {
-    EXPECT_EQ(explore("MatrixData={\n0\n1 0\n[[Samples]]"), 1);
-    EXPECT_EQ(next, '[');
-}
-
-TEST_F(DistMatExplore, ForeignKeywordIsWarning23) {
-    EXPECT_EQ(explore("Nonsense=2\n"), 0);
-    ASSERT_EQ(reports.all().size(), 1u);
-    EXPECT_EQ(reports.all()[0], (Report{Warning, "DistMat::get_settings( ifstream& ifs)", 23}));
 }
 
 TEST(DistMatExternalName, IsJoinedToTheProjectFolder) {

@@ -179,6 +179,13 @@ TEST_F(LineReader, OverLongLineIsToldFromTheEnd) {
     EXPECT_TRUE(line_was_too_long(longer));
 }
 
+TEST_F(LineReader, HeadingStandsOutsideOfQuotes) {
+    for (const char* line : {"[MANTEL]", "  [[Mantel]] # x", "\"a\" [mantel]", "a \" [Mantel]"})
+        EXPECT_TRUE(holds_heading(line, "[MANTEL]")) << line;
+    for (const char* line : {"", "Mantel]", "[ Mantel]", "\"[Mantel]\"", "{ \"a\" \"the [Mantel]\" }"})
+        EXPECT_FALSE(holds_heading(line, "[MANTEL]")) << line;
+}
+
 TEST_F(LineReader, SubsectionIsPassedOverWhateverBracesItHolds) {
     std::istringstream is("Group={ { \"[Mantel]\" \n}}}{ # [[Mantel]]\n\"x\n[[mantel]]\nrest");
     my_string line;

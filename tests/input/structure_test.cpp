@@ -2,24 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <cstdint>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "model/population.h"
-#include "support/captured_log.h"
-#include "support/captured_reports.h"
-#include "support/temp_folder.h"
 
 namespace {
 
 using namespace mnd;
-using mnd_test::CapturedLog;
-using mnd_test::CapturedReports;
-using mnd_test::read_text;
-using mnd_test::Report;
-using mnd_test::TempFolder;
-using mnd_test::write_text;
 
 // Three samples, the first two in one group and the third in another.
 class GroupedSamples : public ::testing::Test {
@@ -118,6 +110,22 @@ TEST_F(GroupedSamples, ResetLeavesTheSamplesAlone) {
     EXPECT_EQ(samples[0].name.view(), "Sample 1");
 }
 
+TEST_F(GroupedSamples, FitToTheirNumber) {
+    structure.NbGroups = 3;
+    structure.fit_groups();
+    EXPECT_EQ(structure.group_sizes, (std::vector<std::int32_t>{2, 1, 0}));
+    EXPECT_EQ(structure.groups[1].at_const(0), &samples[2]);
+    EXPECT_EQ(structure.groups[2].owns_elements, 0);
+    structure.NbGroups = 1;
+    structure.fit_groups();
+    EXPECT_EQ(structure.groups.size(), 1u);
+    EXPECT_EQ(structure.NbSamples, 2);
+    structure.NbGroups = -1;
+    structure.fit_groups();
+    EXPECT_TRUE(structure.groups.empty());
+    EXPECT_EQ(structure.NbSamples, 0);
+}
+
 TEST_F(GroupedSamples, AreWrittenAsASection) {
     std::ostringstream text;
     text << structure;
@@ -139,118 +147,6 @@ TEST_F(GroupedSamples, ArePrintedToTheDocument) {
                               "\t#Group1\n\t\tGroup={\n\t\t}\n\n"
                               "\t#Group2\n\t\tGroup={\n\t\t\"A &amp; B\"\n\t\t}\n\n"
                               "---------------------------\n\n");
-}
-
-// ---- Exploring
-
-class StructureExplore : public ::testing::Test {
-protected:
-    int explore(const std::string& text) {
-        write_text(folder / "p.mnp", text);
-        std::ifstream file(folder / "p.mnp");
-        const int result = structure.explore(file, (folder / "groups.txt").c_str());
-        next = static_cast<char>(file.peek());
-        return result;
-    }
-    std::string groups() const { return read_text(folder / "groups.txt"); }
-
-    TempFolder folder;
-    CapturedLog log;
-    CapturedReports reports;
-    Structure structure;
-    char next = 0;  // where the reader stopped
-};
-
-TEST_F(StructureExplore, ListsTheGroups) {
-    EXPECT_EQ(
-        explore("\n StructureName = \"A group\"\n DistMatLabel=x\n NbGroups = 2 # two\n"
-                " Group = { \"Sample 1\" # one\n \"Sample 2\" }\n #Group2\n Group={\n s3}\n [[Mantel]]"),
-        1);
-    EXPECT_EQ(groups(), "2\n{\nSample 1\nSample 2\n}\n{\ns3\n}\n");
-    EXPECT_EQ(NbGroupsRead, 2);
-    EXPECT_EQ(next, '[');
-    EXPECT_TRUE(reports.all().empty());
-}
-
-TEST_F(StructureExplore, ExternalStructureIsDropped) {
-    EXPECT_EQ(explore("StructureName=EXTERN \"groups of old.txt\"\nNbGroups=1\nGroup={\"a\"}\n"), 1);
-    EXPECT_EQ(groups(), "1\n{\na\n}\n");
-    EXPECT_TRUE(reports.all().empty());
-}
-
-TEST_F(StructureExplore, BraceMayFollowAStrayCharacter) {
-    EXPECT_EQ(explore("NbGroups=1\nGroup={ \"a\" ; # end\n }\n"), 1);
-    EXPECT_EQ(groups(), "1\n{\na\n}\n");
-    EXPECT_EQ(explore("NbGroups=1\nGroup={ \"a\", \"b\" }\n"), 0);
-    EXPECT_EQ(reports.all()[0], (Report{Error, "buf", 52}));
-}
-
-TEST_F(StructureExplore, SurplusGroupsAreSkipped) {
-    EXPECT_EQ(explore("NbGroups=1\nGroup={\"a\"}\nGroup={\"b\" \"c\"}\n"), 1);
-    EXPECT_EQ(groups(), "1\n{\na\n}\n");
-}
-
-TEST_F(StructureExplore, MissingGroupsAreAnInvalidNumber) {
-    EXPECT_EQ(explore("NbGroups=3\nGroup={\"a\"}\n"), 0);
-    ASSERT_EQ(reports.all().size(), 1u);
-    EXPECT_EQ(reports.all()[0], (Report{Error, "Structure::explore_content()", 47}));
-}
-
-TEST_F(StructureExplore, GroupBeforeTheirNumber) {
-    EXPECT_EQ(explore("Group={\"a\"}\n"), 0);
-    ASSERT_EQ(reports.all().size(), 2u);
-    EXPECT_EQ(reports.all()[0], (Report{Error, "Structure::explore_content()", 49}));
-    EXPECT_EQ(reports.all()[1], (Report{Error, "Structure::explore(\"group\")", 55}));
-}
-
-TEST_F(StructureExplore, TooManyGroupsAreToldAndReadingGoesOn) {
-    EXPECT_EQ(explore("NbGroups=1001\nNbGroups=1\nGroup={\"a\"}\n"), 1);
-    ASSERT_EQ(reports.all().size(), 1u);
-    EXPECT_EQ(reports.all()[0], (Report{Error, "Structure::explore_content()", 47}));
-    EXPECT_EQ(groups(), "0\n1\n{\na\n}\n");
-    EXPECT_EQ(explore("NbGroups=1\nNbGroups=99999999999\nNbGroups=-1\nGroup={\"a\"}\n"), 1);
-    EXPECT_EQ(groups(), "1\n1\n1\n{\na\n}\n");
-}
-
-TEST_F(StructureExplore, ThousandGroupsAreStored) {
-    EXPECT_EQ(explore("NbGroups=1000\n"), 0);
-    EXPECT_EQ(structure.NbGroups, 1000);
-    EXPECT_EQ(groups(), "1000\n");
-}
-
-TEST_F(StructureExplore, MissingOpeningBrace) {
-    EXPECT_EQ(explore("NbGroups=1\nGroup=\"a\"\n"), 0);
-    EXPECT_EQ(reports.all()[0], (Report{Error, "Structure::explore_content()", 50}));
-}
-
-TEST_F(StructureExplore, MissingClosingBraceNamesBuf) {
-    EXPECT_EQ(explore("NbGroups=1\nGroup={ \"a\"\n [[Mantel]]\n"), 0);
-    ASSERT_EQ(reports.all().size(), 2u);
-    EXPECT_EQ(reports.all()[0], (Report{Error, "buf", 52}));
-}
-
-TEST_F(StructureExplore, BadNamesHaveTheirOwnCodes) {
-    explore("StructureName=;\n");
-    EXPECT_EQ(reports.all()[0], (Report{Error, "Structure::explore_content()", 56}));
-    explore("DistMatLabel=;\n");
-    EXPECT_EQ(reports.all()[2], (Report{Error, "Structure::explore_content()", 57}));
-}
-
-TEST_F(StructureExplore, ForeignKeywords) {
-    EXPECT_EQ(explore("Nonsense=1\n"), 0);
-    EXPECT_EQ(reports.all()[0], (Report{Error, "Structure::explore_content()", 54}));
-    EXPECT_EQ(explore("SampleName=\"x\"\n"), 0);
-    EXPECT_EQ(reports.all()[1], (Report{Error, "Structure::explore_content()", 54}));
-    EXPECT_EQ(explore("GenotypicData=1\n"), 1);
-    EXPECT_EQ(structure.GenotypicData, 1);
-}
-
-TEST_F(StructureExplore, HostileFilesEnd) {
-    explore("");
-    explore("NbGroups=99999999999999\n");
-    explore("NbGroups=2\nGroup={{{{\"");
-    explore(std::string("Group\0={\xff}", 10));
-    EXPECT_FALSE(reports.all().empty());
 }
 
 }  // namespace

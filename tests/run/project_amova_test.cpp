@@ -9,6 +9,7 @@
 
 #include "between/haplotype_matrix.h"
 #include "foundation/message_codes.h"
+#include "foundation/random.h"
 #include "run/messages.h"
 #include "run/process.h"
 #include "run/project.h"
@@ -110,10 +111,10 @@ protected:
     }
     ~ProjectAmova() override { s.result_stream = E.result_stream = nullptr; }
 
-    void open(const std::string& text) {
+    void open(const std::string& text, bool (Project::*read)() = &Project::newOpen) {
         write_text(folder / "p.mnp", text);
         copy_path(settings::input_file, (folder / "p.mnp").c_str(), settings::kInputFileSize);
-        ASSERT_TRUE(project.newOpen()) << log.text();
+        ASSERT_TRUE((project.*read)()) << log.text();
         s.data_type = project.DataType;
         s.genotypic_data = project.GenotypicData;
         s.gametic_phase = project.GameticPhase;
@@ -200,6 +201,52 @@ TEST_F(ProjectAmova, GivenMatrixIsBoundByItsLabels) {
     EXPECT_TRUE(log.holds("\tHaplotype \"other\" defined in the labels of the user-defined\n"));
     EXPECT_TRUE(log.holds(", 1 LABELS where found\n"));
     EXPECT_FALSE(contains(document(), "usable loci"));
+}
+
+// The same data in both syntaxes, with permutations from the same seed. All distances are exact in
+// single precision.
+TEST_F(ProjectAmova, OlderSyntaxGivesTheSameNumbers) {
+    constexpr char kRows[] = "MatrixData={\nh4 h2 h1 h3\n0\n2.5 0\n3 0.5 0\n4 8 0.25 0\n}\n";
+    constexpr char kWrapped[] =
+        "MatrixData={ # in two blocks\nh4 0\nh2 2.5\nh1 3\nh3 4\n\nh2 0\nh1 0.5 0\nh3 8 0.25 0 }\n";
+    const std::string section = "[[DistanceMatrix]]\nMatrixName=\"m\"\nMatrixSize=4\n";
+    const std::string groups =
+        "[[Structure]]\nStructureName=two NbGroups=2 Group={C D}Group =\n{ A \"B\" }\n";
+    const auto analysed = [this] {
+        s.NumPermutationsAMOVA = 100;
+        long idum = -12345;
+        ran3(&idum);
+        analyse();
+        return project.amova_result;
+    };
+
+    open(kProfile + section + "LabelPosition=LINE\n" + kRows + kSamples + kStructure);
+    const amova_results by_lines = analysed();
+    project.clean();
+    open(kProfile + section + "LabelPosition=COLUMN " + kWrapped + kSamples + groups, &Project::open);
+    const amova_results by_tokens = analysed();
+
+    expect_sums(brute_force(kGroups, {{{"h1", "h2"}, 0.5},
+                                      {{"h1", "h3"}, 0.25},
+                                      {{"h1", "h4"}, 3},
+                                      {{"h2", "h3"}, 8},
+                                      {{"h2", "h4"}, 2.5},
+                                      {{"h3", "h4"}, 4}}));
+    EXPECT_EQ(by_tokens.design_code, by_lines.design_code);
+    for (std::size_t row = 0; row < by_lines.row.size(); ++row) {
+        EXPECT_EQ(by_tokens.row[row].SSD, by_lines.row[row].SSD) << row;
+        EXPECT_EQ(by_tokens.row[row].df, by_lines.row[row].df) << row;
+    }
+    EXPECT_EQ(by_tokens.total.SSD, by_lines.total.SSD);
+    EXPECT_EQ(by_tokens.FST, by_lines.FST);
+    EXPECT_EQ(by_tokens.FSC, by_lines.FSC);
+    EXPECT_EQ(by_tokens.FCT, by_lines.FCT);
+    EXPECT_EQ(by_tokens.FST_pvalue, by_lines.FST_pvalue);
+    EXPECT_GE(by_lines.null_Va.size(), 100u);
+    EXPECT_EQ(by_tokens.null_Va, by_lines.null_Va);
+    EXPECT_EQ(by_tokens.null_Vb, by_lines.null_Vb);
+    EXPECT_EQ(by_tokens.null_Vc, by_lines.null_Vc);
+    EXPECT_FALSE(project.dist_matrix_computed);
 }
 
 TEST_F(ProjectAmova, HaplotypeWithoutLabelHasNoAnalysis) {

@@ -30,7 +30,7 @@ constexpr char kSamples[] =
 constexpr char kList[] =
     "[[HaplotypeDefinition]]\n HaplListName=\"all\"\n HaplList={\n h1 a b\n h2 a c\n h3 c c\n }\n";
 constexpr char kMatrix[] =
-    "[[DistanceMatrix]]\n MatrixName=\"m [1]\"\n MatrixSize=2\n MatrixData={\n 0\n 1 0\n }\n";
+    "[[DistanceMatrix]]\n MatrixName=\"m [1]\"\n MatrixSize=2\n MatrixData={\n h2 h1\n 0\n 1.1 0\n }\n";
 constexpr char kStructure[] = "[[Structure]]\n NbGroups=1\n Group={ \"one\" \"two\" }\n";
 constexpr char kMantel[] = "[[Mantel]]\n MatrixSize=3\n MatrixNumber=2\n";
 
@@ -71,20 +71,37 @@ TEST_F(FreeFormProject, ReadsProfileHaplotypesAndSamples) {
               "\tReading haplotype list ...\n\tReading sample data ...\n");
 }
 
-TEST_F(FreeFormProject, OtherSubsectionsArePassedOver) {
+TEST_F(FreeFormProject, ReadsMatrixAndStructureAndPassesOverMantel) {
     ASSERT_TRUE(open_data(std::string(kMatrix) + kSamples + kStructure + kMantel)) << log.text();
     EXPECT_EQ(project.samples->populations.count, 2);
-    EXPECT_EQ(project.dist_mat.MatrixSize, 0);
+    EXPECT_EQ(project.dist_mat.MatrixName.view(), "m [1]");
+    EXPECT_EQ(project.dist_mat.MatrixSize, 2);
+    EXPECT_EQ(project.dist_mat.labels[0].view(), "h2");
+    EXPECT_EQ(project.dist_mat.get(1, 0), static_cast<double>(1.1F));
     EXPECT_EQ(project.dist_mat.NbSamples, 2);
-    EXPECT_EQ(project.structure->NbGroups, 0);
+    EXPECT_EQ(project.structure->NbGroups, 1);
+    EXPECT_EQ(project.structure->NbSamples, 2);
+    EXPECT_EQ(project.structure->groups[0][1], project.samples->populations[1]);
     EXPECT_EQ(project.structure->DataType, STANDARD);
     EXPECT_EQ(static_cast<ProfileSettings&>(project.mantel).NbSamples, 2);
     EXPECT_TRUE(reports.all().empty());
-    for (const char* text :
-         {"\tReading distance matrix ...\n\tThe distance matrix of the project is passed over",
-          "\tReading genetic structure ...\n\tThe genetic structure of the project is passed",
-          "\tReading mantel section ...\n\tThe Mantel section of the project is passed over"})
-        EXPECT_TRUE(log.holds(text)) << text;
+    EXPECT_EQ(log.text(),
+              "Reading general settings in input file ...\nReading data section in input file ...\n"
+              "\tReading distance matrix ...\n\tReading sample data ...\n\tReading genetic structure ...\n"
+              "\tReading mantel section ...\n"
+              "\tThe Mantel section of the project is passed over, none of its matrices is used\n");
+}
+
+TEST_F(FreeFormProject, FaultyMatrixStops) {
+    EXPECT_FALSE(open_data(std::string("[[DistanceMatrix]]\n MatrixSize=0 MatrixData={\n }\n") + kSamples));
+    EXPECT_EQ(project.failure_reason.view(), "the distance matrix can't be read");
+    EXPECT_EQ(count_of(log.text(), "Reading sample data"), 0);
+}
+
+TEST_F(FreeFormProject, FaultyStructureStops) {
+    EXPECT_FALSE(open_data(std::string(kSamples) + "[[Structure]]\n NbGroups=2\n Group={ one }\n"));
+    EXPECT_EQ(project.failure_reason.view(), "the genetic structure can't be read");
+    EXPECT_EQ(reports.all().back(), (Report{Error, "Structure::explore_content()", 47}));
 }
 
 TEST_F(FreeFormProject, FifthSubsectionIsError131) {
@@ -159,9 +176,29 @@ TEST_F(FreeFormProject, CutProjectsEnd) {
         junk += static_cast<char>((i * 167 + i / 256 + 13) % 256);
     EXPECT_FALSE(open(junk));
     EXPECT_FALSE(open(kProfile + junk));
-    for (const char* heading : {"[[Samples]]\n", "[[HaplotypeDefinition]]\n", "[[Structure]]\n"})
+    for (const char* heading :
+         {"[[Samples]]\n", "[[HaplotypeDefinition]]\n", "[[Structure]]\n", "[[DistanceMatrix]]\n"})
         open_data(heading + junk);
     EXPECT_TRUE(open(whole)) << log.text();
+}
+
+void expect_same_groups(const Structure& read, const Structure& expected, const char* file) {
+    ASSERT_EQ(read.groups.size(), expected.groups.size()) << file;
+    EXPECT_EQ(read.group_sizes, expected.group_sizes) << file;
+    for (std::size_t g = 0; g < expected.groups.size(); ++g) {
+        for (long i = 0; i < expected.groups[g].count; ++i)
+            EXPECT_EQ(read.groups[g].at_const(i)->name, expected.groups[g].at_const(i)->name) << file;
+    }
+}
+
+// The distances of the older syntax are kept in single precision.
+void expect_same_distances(const DistMat& read, const DistMat& expected, const char* file) {
+    ASSERT_EQ(read.MatrixSize, expected.MatrixSize) << file;
+    EXPECT_EQ(read.labels, expected.labels) << file;
+    for (int i = 0; i < expected.MatrixSize; ++i) {
+        for (int j = 0; j <= i; ++j)
+            EXPECT_EQ(read.get(i, j), static_cast<double>(static_cast<float>(expected.get(i, j)))) << file;
+    }
 }
 
 // Both ways of reading give the same data.
@@ -187,6 +224,8 @@ TEST_F(FreeFormProject, RealProjectsAreReadAsLineByLine) {
         for (long i = 0; i < by_lines.haplo_db.list.count; ++i)
             EXPECT_EQ(project.haplo_db.list.at_const(i)->content, by_lines.haplo_db.list.at_const(i)->content)
                 << file;
+        expect_same_groups(*project.structure, *by_lines.structure, file);
+        expect_same_distances(project.dist_mat, by_lines.dist_mat, file);
     }
 }
 

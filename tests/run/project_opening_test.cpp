@@ -179,6 +179,24 @@ TEST_F(Opening, MantelBehindAnUnfinishedGroupIsFound) {
     EXPECT_TRUE(log.holds("\tReading mantel section ...\n"));
 }
 
+// The last line has no line feed, so that it is still there when its section has been read.
+TEST_F(Opening, HeadingInTheNameOfASampleIsNone) {
+    for (const std::string& name :
+         {std::string("of [Mantel]"), std::string("of [[Structure]]"), std::string("of [Samples]")}) {
+        project.clean();
+        const std::string samples =
+            "[[Samples]]\nSampleName=\"" + name + "\"\nSampleSize=3\nSampleData={\nh1 3 a b\n}\n";
+        ASSERT_TRUE(open(kProfile + std::string("[Data]\n") + samples +
+                         "[[Structure]]\nNbGroups=1\nGroup={ \"" + name + "\" }"))
+            << log.text();
+        EXPECT_EQ(project.samples->populations.count, 1);
+        EXPECT_EQ(project.structure->NbSamples, 1);
+    }
+    EXPECT_EQ(count_of(log.text(), "Reading mantel section"), 0);
+    EXPECT_EQ(count_of(log.text(), "Reading genetic structure"), 3);
+    EXPECT_TRUE(reports.all().empty());
+}
+
 TEST_F(Opening, StructureThatIsWrongStops) {
     EXPECT_FALSE(open_data("", "[[Structure]]\nNbGroups=1\nGroup={\n\"two\"\n}\n"));
     EXPECT_TRUE(log.holds("\tError: Sample \"two\" defined in Group #1 on line 19 has not been defined"));
