@@ -7,6 +7,7 @@
 #include "foundation/random.h"
 #include "model/population.h"
 #include "run/settings.h"
+#include "within/haplotype_frequencies.h"
 
 namespace mnd {
 
@@ -54,7 +55,8 @@ private:
             next->F, reached == nullptr ? nullptr : &reached->haplotypes,
             reached == nullptr ? nullptr : done_.data(), kNotCompacted, s_.InitialConditionsEM,
             s_.MaximumNumOfIterationsEM, s_.EpsilonValue);
-        return s_.stopped() || next->haplotypes.count == 0 ? nullptr : std::move(next);
+        if (estimation_failed(s_, next->ln_likelihood, next->haplotypes)) return nullptr;
+        return next;
     }
 
     static constexpr int kNotCompacted = 0;

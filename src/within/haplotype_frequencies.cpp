@@ -6,6 +6,7 @@
 #include "model/population.h"
 #include "run/errors.h"
 #include "run/settings.h"
+#include "within/em_engine.h"
 #include "within/em_zipper.h"
 #include "within/haplotype_frequency_tables.h"
 
@@ -18,15 +19,24 @@ void tell(const char* message) {
     settings::print_message();
 }
 
+// Data without a polymorphic locus stay as they are.
+bool is_compacted(const TPopHaploDB& haplotypes) {
+    return haplotypes.poly_mask != nullptr && haplotypes.reference != nullptr;
+}
+
 // All estimations that the settings ask for in one sample.
 class HaplotypeFrequencies {
 public:
     HaplotypeFrequencies(PopGenetics& sample, settings& s) : sample_(sample), s_(s), out_(*s.result_stream) {}
 
     unsigned run() {
+        if (sample_.phen_db.count == 0) {
+            out_ << "The sample has no individuals\n\n";
+            return kDone;
+        }
         if (s_.EMUseZipper == 1 && s_.EMEstimHaplFreqs != 0) {
-            window_by_window();
             compact_ = 0;
+            window_by_window();
             if (s_.stopped()) return kEmStopped;
             if (s_.ComputeAllAllelesEM == 0) return kDone;
         }
@@ -78,7 +88,7 @@ private:
     void print_frequencies(TPhenDB& phenotypes, TPopHaploDB& haplotypes, double F) {
         haplotypes.print(out_, compact_, s_.FrequencyThreshold);
         out_ << "\n//------------------------------------------------------\n\n";
-        phenotypes.printGenotypeFrequencies(out_, F, compact_ != 0 ? &haplotypes : nullptr);
+        phenotypes.printGenotypeFrequencies(out_, F, is_compacted(haplotypes) ? &haplotypes : nullptr);
     }
 
     // --- All loci at once
@@ -94,7 +104,7 @@ private:
             phenotypes, sample_.hapl_db, s_, num_likelihoods, s_.EMEstimateInbreedingCoeff, F, nullptr,
             nullptr, compact_, s_.InitialConditionsEM, s_.MaximumNumOfIterationsEM, s_.EpsilonValue);
         if (s_.stopped()) return;
-        if (sample_.hapl_db.count == 0) {
+        if (estimation_failed(s_, ln_likelihood, sample_.hapl_db)) {
             print_not_resolvable(out_);
             return;
         }
@@ -152,6 +162,10 @@ private:
 
 }  // namespace
 
+bool estimation_failed(const settings& s, double ln_likelihood, const TPopHaploDB& haplotypes) {
+    return s.stopped() || (haplotypes.count == 0 && ln_likelihood == kEstimationStopped);
+}
+
 unsigned PopGenetics::comp_gam_phase_EM(settings& s) {
     return HaplotypeFrequencies(*this, s).run();
 }
@@ -165,7 +179,7 @@ bool estimate_subset(Population& sample, const int* subset, const TPhenDB& phen,
     estimate.ln_likelihood = sample.calc_ML_hapl_freq_hill95_LD(
         estimate.phenotypes, estimate.haplotypes, s, estimate.num_likelihoods, kNoInbreeding, F, nullptr,
         nullptr, kNotCompacted, num_init, max_iter, epsilon);
-    if (s.stopped() || estimate.haplotypes.count == 0) return false;
+    if (estimation_failed(s, estimate.ln_likelihood, estimate.haplotypes)) return false;
     if (num_boot > 0) {
         estimate.has_sd = sample.calc_sd_hapl_freq(estimate.phenotypes, estimate.haplotypes, s, num_boot,
                                                    max_iter, kBootstrapEpsilon);

@@ -18,6 +18,10 @@ inline constexpr unsigned kEmStopped = static_cast<unsigned>(-1000);
 // Convergence threshold of all bootstrap replicates.
 inline constexpr double kBootstrapEpsilon = 1e-07;
 
+// Whether an estimation was stopped, or an individual had too many resolutions for it: there is
+// nothing to show then.
+bool estimation_failed(const settings& s, double ln_likelihood, const TPopHaploDB& haplotypes);
+
 // Frequencies over a subset of the loci.
 struct SubsetEstimate {
     double ln_likelihood = 0.0;

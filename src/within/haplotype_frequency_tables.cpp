@@ -14,6 +14,7 @@ namespace mnd {
 namespace {
 
 constexpr const char* kTableRule = "---------------------------------------\n";
+constexpr const char* kCountedRule = "-----------------------------------------------\n";
 
 void print_title(std::ostream& out, const std::string& title) {
     const std::string rule(title.size(), '-');
@@ -78,6 +79,7 @@ void print_subset_title(std::ostream& out, const int* subset) {
 
 void print_zipper_head(std::ostream& out, const EmSummary& summary, int window, int orders,
                        const std::vector<int>& loci) {
+    const FormatGuard guard(out);
     print_title(out, "Zipper version of the EM algorithm");
     print_basis(out, summary);
     out << "\nWindow size for zipper EM                   : " << window << '\n'
@@ -95,6 +97,7 @@ void cite_em(std::ostream& out) {
 }
 
 void print_one_pass_head(std::ostream& out, const EmSummary& summary) {
+    const FormatGuard guard(out);
     print_title(out, "Conventional EM algorithm  (one pass)");
     print_basis(out, summary);
     print_ln_likelihood(out, "LogLHood  : ", summary.ln_likelihood, 10);
@@ -103,6 +106,7 @@ void print_one_pass_head(std::ostream& out, const EmSummary& summary) {
 }
 
 void print_subset_head(std::ostream& out, const int* subset, const EmSummary& summary, int num_boot) {
+    const FormatGuard guard(out);
     print_subset_title(out, subset);
     out << '\n';
     print_starts(out, summary);
@@ -131,9 +135,9 @@ void print_counted_head(std::ostream& out, const Population& sample, double thre
         << "Minimum frequency to reach for output       : " << std::scientific << std::setprecision(3)
         << threshold << '\n'
         << "(Standard deviation is for the sampling process)\n\n"
-        << kTableRule << std::setw(5) << "#" << std::setw(12) << "Haplotype" << std::setw(11) << "Freq."
-        << std::setw(10) << "s.d." << std::setw(8) << "Count" << '\n'
-        << kTableRule;
+        << kCountedRule << std::setw(5) << "#" << std::setw(12) << "Haplotype" << '\t' << std::setw(10)
+        << "Freq." << std::setw(10) << "s.d." << std::setw(8) << "Count" << '\n'
+        << kCountedRule;
 }
 
 double sampling_sd(double p, double n) {
