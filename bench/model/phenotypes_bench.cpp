@@ -66,22 +66,4 @@ BENCHMARK(BM_CheckPhenoRedundancy)
     ->Range(50, 50000)
     ->Unit(benchmark::kMillisecond);
 
-// All resolutions of one individual that is heterozygous at every locus.
-void BM_BuildGenotypes(benchmark::State& state) {
-    const auto loci = static_cast<std::size_t>(state.range(0));
-    mnd::TAlleleDB alleles;
-    mnd::TPhenotype phenotype("id", 1.0);
-    phenotype.text[0] = std::string(loci, 'A').c_str();
-    phenotype.text[1] = std::string(loci, 'C').c_str();
-    for (int k = 0; k < 2; ++k)
-        phenotype.read_pseudo_hapl(k, alleles, '\0');
-    for (auto _ : state) {
-        mnd::TPopHaploDB haplotypes;
-        phenotype.kill_gen_list();
-        phenotype.build_genotypes(haplotypes, &alleles, 0, false);
-    }
-    phenotype.kill_gen_list();
-}
-BENCHMARK(BM_BuildGenotypes)->ArgName("loci")->DenseRange(4, 16, 4)->Unit(benchmark::kMillisecond);
-
 }  // namespace

@@ -17,13 +17,13 @@ namespace {
 constexpr double kLeastPosterior = 5e-07;
 
 constexpr const char* kRule =
-    "------------------------------------------------------------------------------\n";
+    "--------------------------------------------------------------------------------\n";
 
 struct Width {
     static constexpr int kLabel = 12;
     static constexpr int kFreq = 10;
     static constexpr int kId = 10;
-    static constexpr int kProbability = 14;
+    static constexpr int kProbability = 16;
     static constexpr int kPosterior = 12;
 };
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/captured_reports.h"
+#include "support/lettered_phenotypes.h"
 #include "support/seeded_stream.h"
 
 namespace {
@@ -25,37 +26,11 @@ using mnd::TPhenotype;
 using mnd::TPopHaploDB;
 using mnd::TPopHaplotype;
 using mnd_test::CapturedReports;
+using mnd_test::Letters;
+using mnd_test::letters_of;
 using mnd_test::Report;
 
 constexpr double kLowest = -3.4028234663852886e+38;
-
-// Individuals whose alleles are single letters.
-struct Letters {
-    TAlleleDB db;
-    TPhenotype individual(const std::string& first, const std::string& second, double freq = 1.0) {
-        TPhenotype p("id", freq);
-        p.real_freq = freq;
-        p.text[0] = first.c_str();
-        p.text[1] = second.c_str();
-        p.read_pseudo_hapl(0, db, '\0');
-        p.read_pseudo_hapl(1, db, '\0');
-        return p;
-    }
-    void append(TPhenDB& list, const std::string& first, const std::string& second, double freq = 1.0) {
-        list.Add(new TPhenotype(individual(first, second, freq)));
-    }
-};
-
-std::string letters_of(const TPopHaplotype& h) {
-    std::string letters;
-    for (const TAllele* allele : h.alleles)
-        letters += allele->c_str();
-    return letters;
-}
-
-std::string letters_of(const TPhenotype& p) {
-    return letters_of(*p.pseudo_hapl[0]) + "/" + letters_of(*p.pseudo_hapl[1]);
-}
 
 // The resolutions as texts, without regard to order.
 std::multiset<std::multiset<std::string>> resolutions(const TPhenotype& p) {
