@@ -1,5 +1,6 @@
 // The distance matrix section in its older syntax, in which layout does not count, and the search for
 // the source of its matrix.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -40,7 +41,7 @@ bool is_digit(char c) {
 
 // ---- Tokens
 
-// What is left of a token up to white space or one of the stop characters, which stays in the stream.
+// The characters up to white space or one of the stop characters, which stays in the stream.
 std::string take_token(std::istream& is, std::string_view stops) {
     std::string token;
     for (int c = is.peek(); c != kEndOfStream; c = is.peek()) {
@@ -154,8 +155,8 @@ bool MatrixBody::read_blocks() {
             if (!read_row(r)) return false;
         }
     }
-    // One character belongs to the last value, but the brace is no such one.
-    if (is_.peek() != '}') is_.get();
+    // One character belongs to the last value, unless it means something by itself.
+    if (is_.peek() != '}' && is_.peek() != '#') is_.get();
     return true;
 }
 
@@ -259,7 +260,7 @@ int DistMat::read_haplotype_labels(std::ifstream& is) {
         is.get();
     }
     is.get();
-    const auto size = static_cast<std::size_t>(MatrixSize);
+    const auto size = static_cast<std::size_t>(std::max(MatrixSize, 0));
     labels.assign(size, my_string());
     std::size_t read = 0;
     while (peek_data(is) != '}') {
@@ -305,7 +306,7 @@ int DistMat::read_external_matrix(std::ifstream& is) {
 }
 
 int DistMat::read_MatrixData(std::ifstream& is) {
-    labels.resize(static_cast<std::size_t>(MatrixSize > 0 ? MatrixSize : 0));
+    labels.resize(static_cast<std::size_t>(std::max(MatrixSize, 0)));
     MatrixBody body(*this, is);
     const bool labelled = LabelPosition != kLabelsOnLine || body.read_label_line();
     return labelled && body.read_blocks() ? 1 : 0;

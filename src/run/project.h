@@ -97,7 +97,7 @@ public:
     bool newOpen();
 
     // Reads the project file `settings::input_file` in its older, free-form syntax
-    // (project_free_form.cpp). Subsections other than haplotype list and samples are passed over.
+    // (project_free_form.cpp). The Mantel section is passed over.
     // Returns: false after the first fault, which is reported
     bool open();
 

@@ -111,7 +111,7 @@ TEST_F(FreeFormMatrix, LabelsInAColumn) {
 }
 
 TEST_F(FreeFormMatrix, BraceMayFollowTheLastValue) {
-    for (const char* end : {"0}", "0 }", "0 # end\n}", "0\n\n}"}) {
+    for (const char* end : {"0}", "0 }", "0 # end\n}", "0#end\n}", "0\n\n}"}) {
         ASSERT_EQ(read_body(std::string("h1 h2 h3\n0\n1 0\n2 3 ") + end), 1) << end;
         EXPECT_EQ(cells(), (Cells{0, 1, 0, 2, 3, 0})) << end;
     }
