@@ -39,8 +39,8 @@ double garza_williamson_index(int nb_alleles, double range);
 //   observed   heterozygotes over n
 //   expected   2 n/(2 n - 1) (1 - sum p^2)
 //
-// n is the number of individuals without missing alleles at the locus, rounded down; 0 gives
-// zeros.
+// n is the number of individuals without missing alleles at the locus; a phenotype counts with
+// the integer part of its frequency. 0 gives zeros.
 // Source: Nei 1978, Genetics 89:583-590
 struct LocusHeterozygosity {
     double observed = 0.0;

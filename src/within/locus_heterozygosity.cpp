@@ -52,11 +52,12 @@ std::vector<LocusHeterozygosity> locus_heterozygosity(const TPhenDB& phenotypes,
     std::vector<LocusGenotypes> loci(static_cast<std::size_t>(nb_loci));
     for (const TPhenotype* phenotype : phenotypes) {
         if (phenotype->pseudo_hapl[0] == nullptr || phenotype->pseudo_hapl[1] == nullptr) continue;
+        const double individuals = integer_part(phenotype->freq);
         const auto& a = phenotype->pseudo_hapl[0]->alleles;
         const auto& b = phenotype->pseudo_hapl[1]->alleles;
         for (int i = 0; i < nb_loci; ++i) {
-            loci[static_cast<std::size_t>(i)].add(a.at_const(first + i), b.at_const(first + i),
-                                                  phenotype->freq, missing);
+            loci[static_cast<std::size_t>(i)].add(a.at_const(first + i), b.at_const(first + i), individuals,
+                                                  missing);
         }
     }
     std::vector<LocusHeterozygosity> result;

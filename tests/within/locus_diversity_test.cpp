@@ -223,15 +223,15 @@ TEST_F(Genotypes, ASingleIndividual) {
     EXPECT_DOUBLE_EQ(at(0).expected, 2.0 * (1.0 - 0.5));
 }
 
-TEST_F(Genotypes, TheNumberOfIndividualsIsRoundedDown) {
-    read("a 1 A\n B\nb 1 A\n A\n");
-    sample_.phen_db[0]->freq = 1.75;
+TEST_F(Genotypes, FrequenciesCountInWholeIndividuals) {
+    read("a 3 A\n B\nb 1 A\n A\n");
+    sample_.phen_db[0]->freq = 3.75;
     sample_.phen_db[1]->freq = 1.5;
     const LocusHeterozygosity h = at(0);
-    EXPECT_EQ(h.individuals, 3);
-    EXPECT_DOUBLE_EQ(h.observed, 1.75 / 3.0);
-    // A 4.75, B 1.75
-    EXPECT_DOUBLE_EQ(h.expected, 6.0 / 5.0 * (1.0 - (4.75 * 4.75 + 1.75 * 1.75) / 36.0));
+    EXPECT_EQ(h.individuals, 4);
+    EXPECT_DOUBLE_EQ(h.observed, 0.75);
+    // A 5, B 3 of 8
+    EXPECT_DOUBLE_EQ(h.expected, 8.0 / 7.0 * (1.0 - 34.0 / 64.0));
 }
 
 // All loci of random genotypes, against counts of the texts and comparison of pairs of copies.
