@@ -46,6 +46,8 @@ public:
             if (s_.ComputeAllSubHaplotypesEM != 0) pairs_of_loci();
         }
         if (s_.ComputeAllAllelesEM != 0) single_loci();
+        // Over all loci at once the head has it already.
+        if (s_.ComputeAllAllelesEM != 0 && s_.EMEstimHaplFreqs == 0) cite_em(out_);
         return kDone;
     }
 
@@ -77,11 +79,15 @@ private:
             if (!s_.stopped()) print_not_resolvable(out_);
             return;
         }
-        const int loci = sample_.phen_db.num_loci();
-        const std::vector<int> used(estimate->order.begin(), estimate->order.begin() + estimate->loci_used);
         print_zipper_head(out_, summary_of(estimate->ln_likelihood, estimate->num_likelihoods, estimate->F),
-                          zipper_window(s_.EMWinSize, loci), zipper_orders(s_), used);
+                          {s_.EMWinSize,
+                           zipper_window(s_.EMWinSize, sample_.phen_db.num_loci()),
+                           zipper_orders(s_),
+                           {estimate->order.begin(), estimate->order.begin() + estimate->loci_used}});
         print_frequencies(estimate->phenotypes, estimate->haplotypes, estimate->F);
+        if (s_.ComputeAllAllelesEM != 0) return;  // what follows has it
+        out_ << '\n';
+        cite_em(out_);
     }
 
     // The genotypes name haplotypes by the ranks that their table has given them.

@@ -77,16 +77,17 @@ void print_subset_title(std::ostream& out, const int* subset) {
 
 }  // namespace
 
-void print_zipper_head(std::ostream& out, const EmSummary& summary, int window, int orders,
-                       const std::vector<int>& loci) {
+void print_zipper_head(std::ostream& out, const EmSummary& summary, const ZipperSummary& zipper) {
     const FormatGuard guard(out);
     print_title(out, "Zipper version of the EM algorithm");
     print_basis(out, summary);
-    out << "\nWindow size for zipper EM                   : " << window << '\n'
-        << "Number or loci order                        : " << orders << '\n'
+    out << "\nWindow size for zipper EM                   : " << zipper.window;
+    if (zipper.window != zipper.wanted_window)
+        out << " (all loci, as a window of " << zipper.wanted_window << " is not within them)";
+    out << "\nNumber or loci order                        : " << zipper.orders << '\n'
         << "Loci within window                          : ";
-    for (std::size_t i = 0; i < loci.size(); ++i)
-        out << (i == 0 ? "" : " ") << loci[i] + 1;
+    for (std::size_t i = 0; i < zipper.loci.size(); ++i)
+        out << (i == 0 ? "" : " ") << zipper.loci[i] + 1;
     out << '\n';
     print_ln_likelihood(out, "LogLhood  : ", summary.ln_likelihood, 10);
     print_inbreeding(out, summary);

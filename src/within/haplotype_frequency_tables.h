@@ -19,12 +19,16 @@ struct EmSummary {
     double F = 0.0;  // inbreeding coefficient, estimated or held
 };
 
+// How an estimation went from window to window.
+struct ZipperSummary {
+    int wanted_window = 0;  // loci of a step, as the settings have it
+    int window = 0;         // the same, as it was done; all loci for what is not within them
+    int orders = 0;         // orders of the loci that were tried
+    std::vector<int> loci;  // those of the best order, from 0, as they were added
+};
+
 // Head of the estimation window by window.
-//   window   loci of a step
-//   orders   orders of the loci that were tried
-//   loci     those of the best order, from 0, as they were added
-void print_zipper_head(std::ostream& out, const EmSummary& summary, int window, int orders,
-                       const std::vector<int>& loci);
+void print_zipper_head(std::ostream& out, const EmSummary& summary, const ZipperSummary& zipper);
 
 // Head of the estimation over all loci at once, with the publication of the method.
 void print_one_pass_head(std::ostream& out, const EmSummary& summary);

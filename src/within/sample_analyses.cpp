@@ -19,6 +19,7 @@
 #include "within/allele_counts.h"
 #include "within/diversity_blocks.h"
 #include "within/diversity_indices.h"
+#include "within/haplotype_frequency_tables.h"
 #include "within/locus_tables.h"
 #include "within/sample_distances.h"
 #include "within/sample_network.h"
@@ -108,7 +109,7 @@ private:
             {kTaskMismatch, "== Mismatch distribution : (", "Computing mismatch distribution...",
              &SampleAnalyses::mismatch_distribution},
             {kTaskHaplotypeFrequencies, "== Haplotypes frequency estimation : (",
-             "Estimating haplotype frequencies...", &SampleAnalyses::not_held},
+             "Estimating haplotype frequencies...", &SampleAnalyses::haplotype_frequencies},
             {kTaskLinkageDisequilibrium, "== Pairwise linkage disequilibrium : (",
              "Testing linkage disequilibrium...", &SampleAnalyses::not_held},
             {kTaskHardyWeinberg, "== Hardy-Weinberg equilibrium : (", "Testing Hardy-Weinberg equilibrium...",
@@ -275,6 +276,20 @@ private:
         sample_.theta_k_lower = theta.lower;
         sample_.theta_k_upper = theta.upper;
         return true;
+    }
+
+    // Haplotypes that are known are counted.
+    void haplotype_frequencies() {
+        if (!has_unknown_phase()) {
+            print_counted_haplotypes(out_, sample_, s_.FrequencyThreshold);
+            return;
+        }
+        if (s_.has_em_task == 0) {
+            out_ << "No frequencies were asked for: the settings select neither haplotypes nor alleles\n";
+            return;
+        }
+        if (s_.GibbsInferGamPhase != 0) not_held();
+        if (!s_.stopped()) sample_.comp_gam_phase_EM(s_);
     }
 
     void hardy_weinberg() {

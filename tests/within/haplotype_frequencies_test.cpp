@@ -13,6 +13,7 @@
 #include "model/popul_dna.h"
 #include "model/popul_standard.h"
 #include "results/citations.h"
+#include "run/tasks.h"
 #include "support/captured_log.h"
 #include "support/captured_reports.h"
 #include "support/watched_stream.h"
@@ -191,7 +192,7 @@ TEST_F(HaplotypeFrequencyAnalysis, OfSingleLociAlone) {
                   locus("1", "-2.32101",
                         "    1     UNKNOWN\t  0.875000  0.000000\tA \n"
                         "    2     UNKNOWN\t  0.125000  0.000000\tC \n") +
-                  locus("2", "0.00000", "    1     UNKNOWN\t  1.000000  0.000000\tB \n"));
+                  locus("2", "0.00000", "    1     UNKNOWN\t  1.000000  0.000000\tB \n") + citation());
     EXPECT_EQ(result, 1U);
 }
 
@@ -255,7 +256,9 @@ TEST_F(HaplotypeFrequencyAnalysis, ZipperAloneEndsWithoutAllelesToEstimate) {
     data.s.ComputeAllSubHaplotypesEM = 1;
     const std::string document = analyse(kUnambiguous);
     EXPECT_TRUE(contains(document, "Zipper version of the EM algorithm\n"));
-    EXPECT_TRUE(contains(document, "Window size for zipper EM                   : 2\n"));
+    EXPECT_TRUE(
+        contains(document, "Window size for zipper EM                   : 2 (all loci, as a window of 0 is"));
+    EXPECT_TRUE(document.ends_with(citation()));
     EXPECT_TRUE(contains(document, "Number or loci order                        : 1\n"));
     EXPECT_TRUE(contains(document, "Loci within window                          : 1 2\n"));
     EXPECT_TRUE(contains(document, "LogLhood  : -2.3210141095\n"));
@@ -287,7 +290,7 @@ TEST_F(HaplotypeFrequencyAnalysis, ZipperIsSilentWhenResultsAreNotPrinted) {
 TEST_F(HaplotypeFrequencyAnalysis, WindowOutsideTheLociIsAllOfThem) {
     data.s.EMUseZipper = 1;
     data.s.EMWinSize = 9;
-    EXPECT_TRUE(contains(analyse(kUnambiguous), "Window size for zipper EM                   : 2\n"));
+    EXPECT_TRUE(contains(analyse(kUnambiguous), "Window size for zipper EM                   : 2 (all loci"));
 }
 
 TEST_F(HaplotypeFrequencyAnalysis, NothingAskedForWritesNothing) {
@@ -566,6 +569,46 @@ TEST_F(HaplotypeFrequencyAnalysis, StopAmongPairsEndsThem) {
     silentMendrake = true;
     EXPECT_FALSE(contains(data.document.text(), "the pair of loci("));
     EXPECT_EQ(result, 1U);
+}
+
+// --- The task within the analyses of a sample
+
+TEST_F(HaplotypeFrequencyAnalysis, IsATaskOfASample) {
+    read(kUnambiguous);
+    expect_in_order(data.analyse(kTaskHaplotypeFrequencies), {"== Haplotypes frequency estimation : (Lake)\n",
+                                                              "Conventional EM algorithm  (one pass)\n",
+                                                              "Maximum-likelihood frequencies of genotypes"});
+}
+
+TEST_F(HaplotypeFrequencyAnalysis, TaskWithoutAnEstimationSaysSo) {
+    data.s.ComputeAllHaplotypesEM = 0;
+    data.s.has_em_task = 0;
+    read(kUnambiguous);
+    EXPECT_TRUE(
+        contains(data.analyse(kTaskHaplotypeFrequencies),
+                 "\n\nNo frequencies were asked for: the settings select neither haplotypes nor alleles\n"));
+}
+
+TEST_F(HaplotypeFrequencyAnalysis, PhasesAreNotHeldAndTheRestIs) {
+    data.s.GibbsInferGamPhase = 1;
+    read(kUnambiguous);
+    expect_in_order(
+        data.analyse(kTaskHaplotypeFrequencies),
+        {"Not computed: this version does not hold the analysis.\n", "Conventional EM algorithm"});
+}
+
+TEST(HaplotypeFrequencyTask, CountsKnownHaplotypes) {
+    AnalysedSamples<PopulDNA> haplotypes(mnd_test::haplotypic(DNA, 0));
+    haplotypes.add("Lake", "h1 2 ACGT\nh2 1 ACGA\n");
+    haplotypes.prepare();
+    const std::string counted = haplotypes.analyse(kTaskHaplotypeFrequencies);
+    EXPECT_TRUE(contains(counted, "== Haplotypes frequency estimation : (Lake)\n"));
+    EXPECT_TRUE(contains(counted, "    1          h1\t  0.666667  0.272166       2\tACGT\n"));
+
+    AnalysedSamples<PopulStandard> phased(genotypic(STANDARD, ' ', 1));
+    phased.add("Lake", "i 2 A B\n A C\n");
+    phased.prepare();
+    EXPECT_EQ(count_of(phased.analyse(kTaskHaplotypeFrequencies), "\t  0.500000  0.250000       2\t"), 2);
 }
 
 TEST(GameticPhaseComparison, FindsFullAgreement) {

@@ -28,7 +28,7 @@ std::string citation() {
 
 TEST(HaplotypeFrequencyTables, HeadOfTheEstimationWindowByWindow) {
     std::ostringstream out;
-    print_zipper_head(out, kSummary, 2, 10, {4, 0, 2, 1});
+    print_zipper_head(out, kSummary, {2, 2, 10, {4, 0, 2, 1}});
     EXPECT_EQ(out.str(),
               "\n----------------------------------\n"
               "Zipper version of the EM algorithm\n"
@@ -41,6 +41,18 @@ TEST(HaplotypeFrequencyTables, HeadOfTheEstimationWindowByWindow) {
               "Number or loci order                        : 10\n"
               "Loci within window                          : 5 1 3 2\n"
               "LogLhood  : -12.5000000000\n");
+}
+
+TEST(HaplotypeFrequencyTables, WindowThatIsNotWithinTheLociIsTold) {
+    for (const int wanted : {-1, 0, 4}) {
+        std::ostringstream out;
+        print_zipper_head(out, kSummary, {wanted, 3, 1, {0, 1, 2}});
+        EXPECT_NE(
+            out.str().find("\nWindow size for zipper EM                   : 3 (all loci, as a window of " +
+                           std::to_string(wanted) + " is not within them)\nNumber or loci order"),
+            std::string::npos)
+            << out.str();
+    }
 }
 
 TEST(HaplotypeFrequencyTables, HeadOfTheEstimationOverAllLoci) {
@@ -63,7 +75,7 @@ TEST(HaplotypeFrequencyTables, InbreedingHasALineWhenItIsAllowedFor) {
     summary.with_inbreeding = true;
     summary.F = 0.125;
     std::ostringstream zipper, one_pass;
-    print_zipper_head(zipper, summary, 1, 1, {0});
+    print_zipper_head(zipper, summary, {1, 1, 1, {0}});
     print_one_pass_head(one_pass, summary);
     const std::string line = "Inbreeding coefficient                      : 0.12500\n";
     EXPECT_TRUE(zipper.str().ends_with("LogLhood  : -12.5000000000\n" + line)) << zipper.str();
@@ -75,7 +87,7 @@ TEST(HaplotypeFrequencyTables, LogLikelihoodOfNothingIsNoNumber) {
     summary.ln_likelihood = -kNumericalInfinity;
     const int one_locus[] = {1, 0};
     std::ostringstream zipper, one_pass, subset;
-    print_zipper_head(zipper, summary, 1, 1, {0});
+    print_zipper_head(zipper, summary, {1, 1, 1, {0}});
     print_one_pass_head(one_pass, summary);
     print_subset_head(subset, one_locus, summary, 0);
     EXPECT_NE(zipper.str().find("LogLhood  : N.A.\n"), std::string::npos);
@@ -118,7 +130,7 @@ TEST(HaplotypeFrequencyTables, HeadsDoNotTakeTheFormatOfTheStream) {
     std::ostringstream plain, odd;
     odd << std::left << std::showpos << std::scientific << std::setprecision(1) << std::setfill('*');
     for (std::ostringstream* out : {&plain, &odd}) {
-        print_zipper_head(*out, kSummary, 1, 1, {0});
+        print_zipper_head(*out, kSummary, {0, 1, 1, {0}});
         print_one_pass_head(*out, kSummary);
         print_subset_head(*out, subset, kSummary, 2);
     }
