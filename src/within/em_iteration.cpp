@@ -129,21 +129,22 @@ void EmIteration::count_among_one(std::size_t p, bool homozygous) {
 template <bool kInbreeding>
 void EmIteration::count_among_many(std::size_t p) {
     const std::size_t begin = resolutions_.begin(p);
-    const std::size_t genotypes = resolutions_.end(p) - begin;
+    const std::size_t end = resolutions_.end(p);
+    double* const weight = weights_.data();
+    double* const next = next_.data();
     double total = 0.0;
-    for (std::size_t k = 0; k < genotypes; ++k) {
-        weights_[k] =
-            probability<kInbreeding>(resolutions_.hapl_1(begin + k), resolutions_.hapl_2(begin + k));
-        total += weights_[k];
+    for (std::size_t g = begin; g < end; ++g) {
+        const double w = probability<kInbreeding>(resolutions_.hapl_1(g), resolutions_.hapl_2(g));
+        weight[g - begin] = w;
+        total += w;
     }
     prob[p] = total;
     if (!(total > 0.0)) return;
     const double n = resolutions_.count(p);
-    for (std::size_t k = 0; k < genotypes; ++k)
-        weights_[k] = n * weights_[k] / total;
-    for (std::size_t k = 0; k < genotypes; ++k) {
-        next_[resolutions_.hapl_1(begin + k)] += weights_[k];
-        next_[resolutions_.hapl_2(begin + k)] += weights_[k];
+    for (std::size_t g = begin; g < end; ++g) {
+        const double share = n * weight[g - begin] / total;
+        next[resolutions_.hapl_1(g)] += share;
+        next[resolutions_.hapl_2(g)] += share;
     }
 }
 
