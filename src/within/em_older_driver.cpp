@@ -1,7 +1,6 @@
 // The earlier driver of the estimation of haplotype frequencies, on the steps of the model.
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "model/population.h"

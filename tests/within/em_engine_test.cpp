@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
+#include <iostream>
 #include <limits>
-#include <numeric>
+#include <streambuf>
 
 #include "foundation/message_codes.h"
 #include "support/captured_reports.h"
@@ -449,6 +449,41 @@ TEST_F(EmEngine, StopsWhenTold) {
     EXPECT_EQ(found.run(3, 100, 1e-7), -1000.0);
     EXPECT_EQ(mnd::draws_taken(), 0U);
     EXPECT_EQ(found.haplo.count, 0);
+}
+
+// Sets the stop flag as soon as a line is shown.
+class StoppingOutput : public std::streambuf {
+public:
+    explicit StoppingOutput(mnd::settings& s) : settings_(s), before_(std::cout.rdbuf(this)) {}
+    ~StoppingOutput() override { std::cout.rdbuf(before_); }
+    StoppingOutput(const StoppingOutput&) = delete;
+    StoppingOutput& operator=(const StoppingOutput&) = delete;
+
+protected:
+    int overflow(int c) override {
+        settings_.stop_computations = 1;
+        return c;
+    }
+
+private:
+    mnd::settings& settings_;
+    std::streambuf* before_;  // not owned: the buffer of std::cout
+};
+
+TEST_F(EmEngine, StopsBetweenStarts) {
+    mnd::silentMendrake = false;
+    mnd::settings::old_message[0] = '\0';
+    mnd::settings::set_message("Estimating");
+    Estimated found(kThreeLoci);
+    mnd::reset_draws_taken();
+    {
+        const StoppingOutput output(found.s);
+        EXPECT_EQ(found.run(5, 100, 1e-7), -1000.0);
+    }
+    EXPECT_EQ(found.num_lhoods, 1);
+    EXPECT_EQ(mnd::draws_taken(), static_cast<unsigned>(found.haplo.count));
+    mnd::settings::set_message("");
+    mnd::settings::old_message[0] = '\0';
 }
 
 TEST_F(EmEngine, MergesEqualPhenotypesWhenAsked) {
