@@ -15,6 +15,7 @@
 #include "run/process.h"
 #include "run/settings.h"
 #include "simulated_samples.h"
+#include "spread.h"
 #include "support/seeded_stream.h"
 
 namespace {
@@ -31,6 +32,11 @@ constexpr std::size_t kStructuredReplicates = 3000;
 constexpr double kPower = 0.7;       // share of the P-values of structured data that are 0.05 or less
 constexpr double kStructured = 0.9;  // probability with which a sample claims a copy
 constexpr double kInbred = 0.6;
+
+constexpr int kDataSetsRepeated = 3;
+constexpr int kRepeats = 4000;
+// A shuffle goes on from the one before, to which it bears some resemblance.
+constexpr double kAllowance = 0.05;
 
 struct Case {
     Distances kind;
@@ -57,6 +63,11 @@ struct Measured {
 constexpr Measured kTests[] = {{"FST", &PairTestResult::fst_p},
                                {"differences between", &PairTestResult::pi_p},
                                {"corrected differences", &PairTestResult::pi_corr_p}};
+
+mnd_test::Layout layout_of(const Case& c) {
+    if (c.individuals) return {{2}, 6, 12, true};
+    return {{2}, 8, 20, false};
+}
 
 PairTestResult test_data(const Case& c, const mnd_test::Haplotypes& haplotypes, const Group& group) {
     const mnd_test::AmovaData data({group}, haplotypes.rows(), haplotypes.distance());
@@ -120,6 +131,26 @@ TEST_P(PairwisePValues, AreSmallWhenSamplesDiffer) {
     const Structured structure = {0.0, kStructured, 0.0};
     for (const PValues& v : run(GetParam(), structure, kStructuredReplicates, 20260203))
         expect_powerful(v, kPower);
+}
+
+// The error of a P-value is the spread of P-values of the same data over other permutations.
+TEST_P(PairwisePValues, HaveTheErrorReported) {
+    mnd_test::Simulation random(20260204);
+    const mnd_test::Haplotypes haplotypes(GetParam().kind, random);
+    const Structured structure;
+    mnd_test::SampleMaker maker(haplotypes, structure, random);
+    for (int checked = 0; checked < kDataSetsRepeated;) {
+        const Group group = maker.make(layout_of(GetParam()))[0];
+        const double p = test_data(GetParam(), haplotypes, group).fst_p;
+        if (p < 0.1 || p > 0.9) continue;
+        ++checked;
+        mnd_test::Repeated repeated;
+        for (int i = 0; i < kRepeats; ++i) {
+            const PairTestResult result = test_data(GetParam(), haplotypes, group);
+            repeated.add(result.fst_p, result.fst_sd);
+        }
+        expect_spread("data set " + std::to_string(checked), repeated, kAllowance);
+    }
 }
 
 constexpr Case kCases[] = {{Distances::kConventional, false}, {Distances::kWhole, false},
