@@ -37,7 +37,7 @@ constexpr double kCopiesOfIndividual = 2.0;
 int above_zero(int value, const char* key) {
     if (value > 0) return value;
     const int usual = static_cast<int>(find_setting(key)->initial);
-    *_AOS_ << "\tAssignment of genotypes: " << key << " is " << value << ", using " << usual << '\n';
+    *_AOS_ << "\n\tAssignment of genotypes: " << key << " is " << value << ", using " << usual;
     return usual;
 }
 

@@ -177,8 +177,8 @@ TEST_F(Assignment, WithoutNumbersOfStartsAndIterationsTheUsualOnesAreTaken) {
     EXPECT_EQ(mnd::draws_taken(), 50U * 6U);
     EXPECT_DOUBLE_EQ(frequency(0, "A", 0), 0.75);
     EXPECT_TRUE(contains(log.text(),
-                         "\tAssignment of genotypes: InitialConditionsEM is 0, using 50\n"
-                         "\tAssignment of genotypes: MaximumNumOfIterationsEM is -1, using 1000\n"));
+                         "\n\tAssignment of genotypes: InitialConditionsEM is 0, using 50"
+                         "\n\tAssignment of genotypes: MaximumNumOfIterationsEM is -1, using 1000"));
     EXPECT_EQ(s().InitialConditionsEM, 0);
 }
 
