@@ -32,12 +32,13 @@ collect_seeds() {
   done < <(find examples tests/data -type f -name "*.$extension" -size -64k -print0 | sort -z)
 }
 
+# Runs a target on seeds of an extension, with the words of a dictionary, which by default has its name.
 # What a target finds is left in build/fuzz/findings; start the target with the file to repeat it.
 fuzz() {
-  local target="$1" extension="$2"
+  local target="$1" extension="$2" dictionary="tests/fuzz/${3:-$1}.dict"
   local corpus="build/fuzz/corpus/$target"
   step "Fuzz: $target"
-  local dictionary="tests/fuzz/$target.dict" options=()
+  local options=()
   if [ -f "$dictionary" ]; then
     options+=("-dict=$dictionary")
   fi
@@ -62,6 +63,7 @@ ctest --preset asan-ubsan --no-tests=error
 build fuzz
 fuzz settings_reader_fuzz mns
 fuzz project_reader_fuzz mnp
+fuzz free_form_fuzz mnp project_reader_fuzz
 
 build bench
 
