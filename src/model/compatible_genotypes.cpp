@@ -119,7 +119,7 @@ bool TPhenotype::build_compatible_genotypes(TPopHaploDB& prev_haplo, int* prev_l
     return list_anew(*this, "TPhenotype::build_compatible_genotypes()", [&] {
         const VaryingLoci varying = varying_loci(*this, alleles, varies_homozygotes(*this, mode), false);
         const KnownDigits known = PreviousPart(*this, varying, prev_loci, prev_haplo, threshold).compatible();
-        GenotypeBuilder builder(*this, haplo, varying);
+        GenotypeBuilder builder(*this, haplo, varying, max_haplotypes(shared_loci(*this)));
         return builder.list(known, std::numeric_limits<int64_t>::max(), room);
     });
 }

@@ -66,12 +66,14 @@ void set_locus(VaryingLoci::Locus const& locus, bool value, TPopHaplotype& a, TP
     }
 }
 
-GenotypeBuilder::GenotypeBuilder(TPhenotype& phenotype, TPopHaploDB& db, VaryingLoci varying)
+GenotypeBuilder::GenotypeBuilder(TPhenotype& phenotype, TPopHaploDB& db, VaryingLoci varying,
+                                 int64_t haplotypes)
     : phenotype_(phenotype),
       db_(db),
       varying_(std::move(varying)),
       a_(*phenotype.pseudo_hapl[0]),
-      b_(*phenotype.pseudo_hapl[1]) {
+      b_(*phenotype.pseudo_hapl[1]),
+      max_haplotypes_(haplotypes) {
     for (std::size_t d = 0; d < varying_.loci.size(); ++d) {
         if (varying_.loci[d].recessive != nullptr) continue;
         ++exchanges_;
@@ -98,7 +100,7 @@ bool GenotypeBuilder::fits(KnownDigits const& known, int64_t n, int64_t room) co
     // A number of recessive data may repeat another, and any of its haplotypes.
     const int64_t genotypes = varying_.first_is_fixed ? numbers : numbers / 2;
     const int64_t haplotypes = varying_.first_is_fixed && numbers > 1 ? 2 * numbers : genotypes;
-    return genotypes <= room && haplotypes <= kMaxHaplotypes;
+    return genotypes <= room && haplotypes <= max_haplotypes_;
 }
 
 // Goes through all settings of the digits below `left`, 0 before 1; those above are set.
@@ -141,7 +143,7 @@ void GenotypeBuilder::set(std::size_t digit, bool value) {
 bool GenotypeBuilder::add() {
     if (wanted_ == 0) return false;
     if (appears_twice() && top_exchanged_) return true;
-    if (phenotype_.genotypes.count >= room_ || db_.count > kMaxHaplotypes) {
+    if (phenotype_.genotypes.count >= room_ || db_.count > max_haplotypes_) {
         is_full_ = true;
         return false;
     }
@@ -170,7 +172,8 @@ bool TPhenotype::build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const&
     const int64_t n = !homozygotes && nb_genotypes > 0 ? nb_genotypes : kTooMany;
     return list_anew(*this, "TPhenotype::build_genotypes()", [&] {
         if (!is_within_limit) return false;
-        GenotypeBuilder builder(*this, db, varying_loci(*this, alleles, homozygotes, by_position));
+        GenotypeBuilder builder(*this, db, varying_loci(*this, alleles, homozygotes, by_position),
+                                max_haplotypes(shared_loci(*this)));
         return builder.list(every_setting(), n, room);
     });
 }

@@ -67,7 +67,8 @@ inline KnownDigits every_setting() {
 class GenotypeBuilder {
 public:
     // The phenotype has both strings; it and db outlive the builder.
-    GenotypeBuilder(TPhenotype& phenotype, TPopHaploDB& db, VaryingLoci varying);
+    //   haplotypes   that db may hold
+    GenotypeBuilder(TPhenotype& phenotype, TPopHaploDB& db, VaryingLoci varying, int64_t haplotypes);
 
     // Appends to the phenotype's list the resolutions that agree with one of the known settings,
     // the first n of them, and inserts their haplotypes into db: the second before the first, with
@@ -97,6 +98,7 @@ private:
     bool top_exchanged_ = false;          // whether top_exchange_ is 1
     KnownDigits const* known_ = nullptr;  // not owned: of the list in hand
     int64_t wanted_ = 0;                  // resolutions still to be listed
+    int64_t max_haplotypes_;              // that db_ may hold
     int64_t room_ = 0;                    // genotypes that the list may hold
     bool is_full_ = false;                // whether one was to be listed for which there is no room
 };

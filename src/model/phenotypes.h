@@ -40,10 +40,15 @@ inline bool sorts_before(TGenotype const& a, TGenotype const& b) {
     return a.prob > b.prob;
 }
 
-// What the resolutions of one estimation may number. A haplotype takes some 400 bytes, a genotype
-// some 60: together less than 3 GB.
-inline constexpr int64_t kMaxHaplotypes = int64_t{1} << 22;
+// Genotypes that one estimation may list. One takes some 60 bytes, in all 1 GB.
 inline constexpr int64_t kMaxGenotypes = int64_t{1} << 24;
+// Haplotypes of so many loci that the store of an estimation may hold: what 2 GB hold. The
+// resolutions of one individual with 22 heterozygous loci just find room.
+constexpr int64_t max_haplotypes(int64_t loci) {
+    constexpr int64_t kBytes = int64_t{1} << 31;
+    constexpr int64_t kBytesWithoutLoci = 320;  // an entry with its label and its places in the index
+    return kBytes / (kBytesWithoutLoci + 8 * loci);
+}
 
 // Both haplotypes under each other, each in a field of width 13 with two blanks and a line end.
 std::ostream& operator<<(std::ostream& out, TGenotype const& genotype);
@@ -99,7 +104,7 @@ public:
     //   by_position   the locus of an allele is its hapl_pos, not its locus
     //   room          genotypes that may still be listed in this estimation
     // Result:  false after error 114, with an empty list: above 32 heterozygous loci (32 loci in
-    //          recessive mode), or more genotypes than room, or haplotypes than kMaxHaplotypes, or
+    //          recessive mode), or more genotypes than room, or haplotypes than max_haplotypes, or
     //          than there is memory for. The estimation cannot go on then.
     // Cost:    doubles with each heterozygous locus
     bool build_genotypes(TPopHaploDB& db, TAlleleDB* alleles, int const& recessive, bool by_position,

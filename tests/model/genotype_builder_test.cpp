@@ -232,6 +232,32 @@ TEST(GenotypeBuilder, OneIndividualWithTooManyEndsTheListingOfAll) {
         EXPECT_EQ(p->genotypes.count + p->nb_genotypes, 0);
 }
 
+TEST(GenotypeBuilder, AStoreFillsUpOverSeveralIndividuals) {
+    Letters letters;
+    TPopHaploDB haplotypes;
+    const auto list = [&](TPhenotype& p) {
+        p.count_hetero_loci();
+        mnd::GenotypeBuilder builder(p, haplotypes, mnd::varying_loci(p, &letters.db, false, false), 4);
+        return builder.list(mnd::every_setting(), 100, 100);
+    };
+    TPhenotype first = letters.individual("AAC", "CCC");
+    TPhenotype same = letters.individual("ACC", "CAC");
+    TPhenotype other = letters.individual("AAG", "CCG");
+    TPhenotype wide = letters.individual("AAA", "CCC");
+    EXPECT_FALSE(list(wide));  // 8 haplotypes
+    EXPECT_EQ(haplotypes.count, 0);
+    EXPECT_TRUE(list(first));
+    EXPECT_TRUE(list(same));  // none of its haplotypes is new
+    EXPECT_EQ(haplotypes.count, 4);
+    EXPECT_FALSE(list(other));
+}
+
+TEST(GenotypeBuilder, HaplotypesOfManyLociAreFewer) {
+    EXPECT_GE(mnd::max_haplotypes(22), 1 << 22);
+    EXPECT_LT(mnd::max_haplotypes(23), 1 << 23);
+    EXPECT_LE(mnd::max_haplotypes(100000) * 8 * 100000, int64_t{1} << 31);
+}
+
 #if !defined(__SANITIZE_ADDRESS__)
 // The child has 64 MB; 20 heterozygous loci need some 500.
 TEST(GenotypeBuilderDeathTest, MemoryThatRunsOutIsTooManyLociToo) {
