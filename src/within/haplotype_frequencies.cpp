@@ -1,5 +1,6 @@
 #include "within/haplotype_frequencies.h"
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 
@@ -145,7 +146,7 @@ private:
     // --- Some of the loci
 
     void pairs_of_loci() {
-        out_ << " \n\nBi-locus ML haplotype frequencies : \n\n(" << s_.NumBootstrapReplicatesEM
+        out_ << " \n\nBi-locus ML haplotype frequencies : \n\n(" << std::max(s_.NumBootstrapReplicatesEM, 0)
              << " bootstrap replicates)\n\n";
         tell("Computing bi-locus haplotype ML frequencies ...");
         sample_.calc_all_pairs(*s_.result_stream, sample_.phen_db, s_, s_.InitialConditionsEM,
@@ -153,7 +154,7 @@ private:
     }
 
     void single_loci() {
-        out_ << " \n\nAllele frequencies : \n\n(" << s_.NumBootstrapReplicatesEM
+        out_ << " \n\nAllele frequencies : \n\n(" << std::max(s_.NumBootstrapReplicatesEM, 0)
              << " bootstrap replicates)\n\n";
         tell("Computing ML allele frequencies ...");
         sample_.calc_all_sites(*s_.result_stream, sample_.phen_db, s_, s_.InitialConditionsEM,
