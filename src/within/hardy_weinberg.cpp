@@ -90,6 +90,7 @@ int build_table(CountTable& table, const std::vector<Pair<Kind>>& pairs, const N
         return 0;
     }
     if (fill_table(table, pairs, numbers)) return 1;
+    table.clear();
     report(Error, kReporter, kInvalidContingencyTableIndex);
     return 0;
 }
@@ -324,7 +325,7 @@ public:
 
     void run(int nb_loci) {
         const bool tests_loci = is_on() && selects_loci();
-        if (selects_loci()) print_hw_heading(out_, "Loci", steps_, s_);
+        if (selects_loci()) print_hw_loci_heading(out_, steps_, s_);
         if (tests_loci) begin_summary_row();
         print_hw_columns(out_);
         for (int locus = 0; locus < nb_loci && !s_.stopped(); ++locus) {
@@ -345,11 +346,11 @@ private:
     settings& s_;
 
     bool is_on() const { return s_.MakeHWExactTest != 0; }
-    bool is_phased() const { return sample_.profile.GameticPhase != 0; }
-    bool selects_loci() const { return s_.TypeOfTestHW != kHaplotypesAloneHW || !is_phased(); }
+    bool phased() const { return sample_.profile.GameticPhase != 0; }
+    bool selects_loci() const { return s_.TypeOfTestHW != kHaplotypesAloneHW || !phased(); }
     bool selects_haplotypes() const {
-        return is_phased() &&
-               (s_.TypeOfTestHW == kHaplotypesAloneHW || s_.TypeOfTestHW == kLociAndHaplotypesHW);
+        const int hw_type = s_.TypeOfTestHW;
+        return phased() && (hw_type == kHaplotypesAloneHW || hw_type == kLociAndHaplotypesHW);
     }
 
     using Test = void (Population::*)(long const&, double&, settings&, long&, int*);
@@ -382,7 +383,7 @@ private:
     }
 
     void test_haplotypes() {
-        print_hw_heading(out_, "Haplotypes", steps_, s_);
+        print_hw_haplotypes_heading(out_, steps_, s_);
         print_hw_haplotypes_label(out_);
         s_.hw_p_value = 1.0;
         const bool in_one_piece = steps_ <= kLongestSingleChainHW;

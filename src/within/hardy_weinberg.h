@@ -32,8 +32,9 @@ struct HardyWeinbergRow {
     ChainResult test;
 };
 
-// Heading of the tests of "Loci" or "Haplotypes", with the lengths that the settings give.
-void print_hw_heading(std::ostream& out, const char* level, long steps, const settings& s);
+// Headings of the tests, with the lengths that the settings give.
+void print_hw_loci_heading(std::ostream& out, long steps, const settings& s);
+void print_hw_haplotypes_heading(std::ostream& out, long steps, const settings& s);
 
 // Heading of the table of loci, between two rules, and a rule.
 void print_hw_columns(std::ostream& out);

@@ -11,13 +11,23 @@ namespace {
 constexpr int kDecimals = 5;
 constexpr const char* kRule = "------------------------------------------------------------------------\n";
 
+void print_lengths(std::ostream& out, long steps, const settings& s) {
+    out << "\nForecasted chain length     :" << steps
+        << "\nDememorization steps        :" << s.MarkovChainDememorisationStepsHW << "\n\n";
+}
+
 }  // namespace
 
-void print_hw_heading(std::ostream& out, const char* level, long steps, const settings& s) {
+void print_hw_loci_heading(std::ostream& out, long steps, const settings& s) {
     const FormatGuard guard(out);
-    out << "\nExact test using a Markov chain (for all " << level << "):"
-        << "\nForecasted chain length     :" << steps
-        << "\nDememorization steps        :" << s.MarkovChainDememorisationStepsHW << "\n\n";
+    out << "\nExact test using a Markov chain (for all Loci):";
+    print_lengths(out, steps, s);
+}
+
+void print_hw_haplotypes_heading(std::ostream& out, long steps, const settings& s) {
+    const FormatGuard guard(out);
+    out << "\nExact test using a Markov chain (for all Haplotypes):";
+    print_lengths(out, steps, s);
 }
 
 void print_hw_columns(std::ostream& out) {

@@ -236,6 +236,7 @@ TEST_F(HardyWeinbergTable, MoreIndividualsThanACellCountsAreReported) {
     add("A", "A", std::numeric_limits<int>::max());
     add("A", "B", 1.0);
     EXPECT_EQ(make(0), 0);
+    EXPECT_FALSE(sample.table.exists());
     EXPECT_EQ(reports.all(), (std::vector<Report>{kBadIndex}));
 }
 
