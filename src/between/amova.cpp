@@ -36,6 +36,11 @@ constexpr DesignFamily kIndividuals = {kDesign1G1PI, kDesign1GPI, kDesignGPI};
 constexpr DesignFamily kUnknownPhase = {kDesignNone, kDesign1GPIH, kDesignGPIH};
 constexpr DesignFamily kRecessive = {kDesignNone, kDesign1GPRIH, kDesignGPRIH};
 
+// Only samples of haplotypes in one group have indices of their own beside the FST of all.
+bool has_population_fst(std::int32_t design) {
+    return design == kDesign1GPH || design == kDesign1GPIH;
+}
+
 bool has_task(const settings& s, long tasks) {
     return (s.TaskNumber & tasks) != 0;
 }
@@ -274,8 +279,11 @@ void Amova::set_amova_results() {
     results->FCT = FCT;
     results->FIT = FIT;
     results->FIS = FIS;
-    results->pop_Fst = sett->PopSpecificFST != 0 ? pop_Fst : std::vector<double>();
-    results->pop_Fis = sett->PopSpecificFIS != 0 ? pop_Fis : std::vector<double>();
+    const bool shows_fst = sett->PopSpecificFST != 0 && has_population_fst(design);
+    const bool shows_fis = sett->PopSpecificFIS != 0 && layout.counts_individuals;
+    results->pop_Fst = shows_fst ? pop_Fst : std::vector<double>();
+    results->pop_Fis = shows_fis ? pop_Fis : std::vector<double>();
+    results->pop_Fis_pvalue.clear();
 }
 
 void Amova::print_amova_anchor(int level, settings& s, const my_string& label, const my_string& anchor) {

@@ -88,7 +88,8 @@ struct amova_results {
     // Component of each permutation, in the order of the permutations: num_perm values for each
     // component that was tested, else none.
     std::vector<double> null_Va, null_Vb, null_Vc, null_Vd;
-    // Per sample, in the order of the structure; empty when they were not asked for.
+    // Per sample, in the order of the structure; empty when they were not asked for or the design has
+    // none: FST is there for the samples of one group of haplotypes, FIS for individuals.
     std::vector<double> pop_Fst, pop_Fis, pop_Fis_pvalue;
 };
 

@@ -559,5 +559,32 @@ TEST(AmovaDesigns, RecordOfIndividualsCountsThem) {
     EXPECT_EQ(record.pop_Fis.size(), 2u);
 }
 
+// A 0 would pass for an index.
+TEST(AmovaDesigns, RecordLacksTheIndicesOfSamplesThatADesignDoesNotHave) {
+    const std::vector<Group> one_group = {{{0, 1, 1, 1}, {2, 0, 0, 0}}};
+    const std::vector<Group> two_groups = {{{0, 1, 1, 1}, {2, 0, 0, 0}}, {{0, 0, 1, 2}, {1, 1, 0, 2}}};
+    struct Case {
+        int (mnd::Amova::*design)();
+        bool individuals, several_groups;
+        std::size_t nb_fst, nb_fis;
+    };
+    const std::vector<Case> cases = {
+        {&mnd::Amova::AMOVA_1G_P_H, false, false, 2, 0}, {&mnd::Amova::AMOVA_1G_P_IH, false, false, 2, 0},
+        {&mnd::Amova::AMOVA_G_P_H, false, true, 0, 0},   {&mnd::Amova::AMOVA_G_P_IH, false, true, 0, 0},
+        {&mnd::Amova::AMOVA_1G_P_I, true, false, 0, 2},  {&mnd::Amova::AMOVA_G_P_I, true, true, 0, 4}};
+    for (const Case& c : cases) {
+        AmovaData data(c.several_groups ? two_groups : one_group, 3, conventional, true);
+        data.s.IncludeIndividualLevel = c.individuals ? 1 : 0;
+        data.s.PopSpecificFIS = data.s.PopSpecificFST = 1;
+        mnd::amova_results record;
+        const auto a = data.prepare();
+        a->results = &record;
+        ASSERT_EQ(((*a).*c.design)(), 1);
+        EXPECT_EQ(record.pop_Fst.size(), c.nb_fst) << a->design;
+        EXPECT_EQ(record.pop_Fis.size(), c.nb_fis) << a->design;
+        EXPECT_EQ(record.pop_Fis_pvalue.size(), 0u) << a->design;
+    }
+}
+
 }  // namespace
 }  // namespace mnd_test
