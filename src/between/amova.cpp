@@ -128,7 +128,7 @@ int Amova::run_design() {
     sett->build_sigm_histo_f_name();
     if (print_results != 0) {
         structure->print_structure(document_of(*this));
-        print_distance_line();
+        print_distance_line(document_of(*this), *sett);
     }
     design = choose_design();
     if (results != nullptr) results->design_code = result_code_of_design(design);
@@ -154,17 +154,6 @@ int Amova::run_design() {
         default:
             return 0;
     }
-}
-
-void Amova::print_distance_line() const {
-    std::ostream& out = document_of(*this);
-    if (sett->ComputeConventionalFST != 0) {
-        out << "\nComputing conventional F-Statistics from haplotype frequencies\n";
-        return;
-    }
-    std::ostringstream name;
-    sett->print_distance_method(name, sett->DistanceMethodAMOVA);
-    out << "\nDistance method: " << (name.str().empty() ? "Pairwise differences\n" : name.str());
 }
 
 void Amova::run_pairwise() {

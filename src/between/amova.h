@@ -256,7 +256,6 @@ private:
     bool design_runs() const;
     std::int32_t choose_design() const;
     int run_design();
-    void print_distance_line() const;
     void run_pairwise();
     void list_samples();
     void place_sample(Population& sample);

@@ -4,12 +4,14 @@
 #include <cstddef>
 #include <cstring>
 #include <iomanip>
+#include <sstream>
 #include <string>
 
 #include "foundation/escape.h"
 #include "foundation/format_guard.h"
 #include "model/integer_part.h"
 #include "results/citations.h"
+#include "run/settings.h"
 
 namespace mnd {
 
@@ -187,6 +189,16 @@ const AmovaLayout& layout_of_design(std::int32_t design) {
 std::int32_t degrees_of_freedom_in_total(const Amova& analysis) {
     const bool individuals = layout_of_design(analysis.design).counts_individuals;
     return integer_part(individuals ? analysis.N_units : analysis.N_genes) - 1;
+}
+
+void print_distance_line(std::ostream& out, settings& s) {
+    if (s.ComputeConventionalFST != 0) {
+        out << "\nComputing conventional F-Statistics from haplotype frequencies\n";
+        return;
+    }
+    std::ostringstream name;
+    s.print_distance_method(name, s.DistanceMethodAMOVA);
+    out << "\nDistance method: " << (name.str().empty() ? "Pairwise differences\n" : name.str());
 }
 
 void print_amova_heading(std::ostream& out) {

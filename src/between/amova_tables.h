@@ -12,6 +12,8 @@
 
 namespace mnd {
 
+class settings;
+
 // One source of variation of a design.
 struct AmovaLevel {
     const char* label;     // text before the degrees of freedom, which it aligns to column 19
@@ -37,6 +39,10 @@ struct AmovaLayout {
 
 // Layout of a design; one without levels for designs that yield nothing.
 const AmovaLayout& layout_of_design(std::int32_t design);
+
+// What the distances between haplotypes are, for the tables that rest on them: the name of the
+// method, or that only frequencies count.
+void print_distance_line(std::ostream& out, settings& s);
 
 // Heading and citations of the methods.
 void print_amova_heading(std::ostream& out);

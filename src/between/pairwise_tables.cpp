@@ -3,9 +3,9 @@
 #include <cmath>
 #include <cstddef>
 #include <iomanip>
-#include <sstream>
 #include <string>
 
+#include "between/amova_tables.h"
 #include "foundation/escape.h"
 #include "foundation/format_guard.h"
 #include "foundation/my_string.h"
@@ -100,19 +100,9 @@ void print_labels(std::ostream& out, const PairwiseResults& results) {
     });
 }
 
-void print_method(std::ostream& out, settings& s) {
-    if (s.ComputeConventionalFST != 0) {
-        out << "\nComputing conventional F-Statistics from haplotype frequencies\n";
-        return;
-    }
-    std::ostringstream name;
-    s.print_distance_method(name, s.DistanceMethodAMOVA);
-    out << "\nDistance method: " << (name.str().empty() ? "Pairwise differences\n" : name.str());
-}
-
 void print_fst(std::ostream& out, settings& s, const PairwiseResults& results) {
     print_title(out, "Population pairwise FSTs");
-    print_method(out, s);
+    print_distance_line(out, s);
     print_tagged(out, "PairFstMat", [&] { print_triangle(out, results.fst); });
 }
 
