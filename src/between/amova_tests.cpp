@@ -26,6 +26,7 @@ namespace mnd {
 namespace {
 
 constexpr std::int64_t kPermutationsPerStep = 100;  // between two looks at the stop flag
+constexpr std::int64_t kMostReserved = 1'000'000;   // values that room is made for beforehand
 constexpr double kTooManyUnits = INT_MAX;           // fewer elements than this can be permuted
 
 class DesignTests;
@@ -106,7 +107,11 @@ private:
     bool run_test(int number);
     bool permute(const ComponentTest& test, HitCounter& hits, NullDistribution& null);
     bool keeps_nulls() const { return a_.sett->KeepNullDistrib != 0; }
-    void keep_value(double value, NullDistribution& null, bool with_arrangement) const;
+    std::vector<double>& null_array(const NullDistribution& null) const {
+        return a_.results->*kNullArrays[static_cast<std::size_t>(null.component)];
+    }
+    void reserve_values(NullDistribution& null, bool with_arrangement) const;
+    void keep_value(double value, std::size_t number, NullDistribution& null, bool with_arrangement) const;
     void publish(const ComponentTest& test, const HitCounter& hits);
 
     double sum_within();
@@ -366,29 +371,47 @@ bool permutes_samples(const ComponentTest& test) {
     return test.shuffle == &Amova::PPAG;
 }
 
-void DesignTests::keep_value(double value, NullDistribution& null, bool with_arrangement) const {
-    if (a_.results != nullptr)
-        (a_.results->*kNullArrays[static_cast<std::size_t>(null.component)]).push_back(value);
+// Makes room for the values of a test, so that its permutations find it there. More than
+// kMostReserved make their own as they come.
+void DesignTests::reserve_values(NullDistribution& null, bool with_arrangement) const {
+    const auto room = static_cast<std::size_t>(std::min(permutations_.total, kMostReserved));
+    if (a_.results != nullptr) null_array(null).reserve(room);
+    if (!keeps_nulls()) return;
+    if (!with_arrangement) {
+        null.values.reserve(room);
+        return;
+    }
+    FloatsAndPops blank;
+    blank.count = static_cast<std::int32_t>(a_.all_pops.size());
+    blank.pops.resize(a_.all_pops.size());
+    null.arrangements.assign(room, blank);
+}
+
+// Keeps the component of the permutation `number`, counted from 0.
+void DesignTests::keep_value(double value, std::size_t number, NullDistribution& null,
+                             bool with_arrangement) const {
+    if (a_.results != nullptr) null_array(null).push_back(value);
     if (!keeps_nulls()) return;
     if (!with_arrangement) {
         null.values.push_back(value);
         return;
     }
-    FloatsAndPops& entry = null.arrangements.emplace_back();
+    if (number == null.arrangements.size()) null.arrangements.push_back(null.arrangements.back());
+    FloatsAndPops& entry = null.arrangements[number];
     entry.value = value;
-    entry.count = static_cast<std::int32_t>(a_.all_pops.size());
-    for (const Population* sample : a_.all_pops)
-        entry.pops.push_back(sample->amova.amova_id);
+    for (std::size_t i = 0; i < entry.pops.size(); ++i)
+        entry.pops[i] = a_.all_pops[i]->amova.amova_id;
 }
 
 // All permutations of one test. Returns: false when the work was stopped
 bool DesignTests::permute(const ComponentTest& test, HitCounter& hits, NullDistribution& null) {
     const bool with_arrangement = permutes_samples(test);
+    reserve_values(null, with_arrangement);
     for (std::int64_t done = 1; done <= permutations_.total; ++done) {
         (a_.*test.shuffle)();
         const double value = (this->*test.statistic)();
         hits.add(value);
-        keep_value(value, null, with_arrangement);
+        keep_value(value, static_cast<std::size_t>(done - 1), null, with_arrangement);
         if (done % kPermutationsPerStep != 0) continue;
         settings::global_work_done += 1.0;
         settings::print_message();

@@ -542,6 +542,16 @@ TEST_F(AmovaTests, OnePermutationBecomesTwoWithoutAnError) {
     EXPECT_EQ(run.record->null_Va.size(), 2U);
 }
 
+// Room for all values is made before the first permutation: none is left over, as growing would.
+TEST_F(AmovaTests, NullArraysAreMadeInTheirLength) {
+    const Run run = test_all(plain_designs()[0], whole, 1000);
+    for (const std::vector<double>* values :
+         {&run.record->null_Va, &run.record->null_Vb, &run.record->null_Vc}) {
+        EXPECT_EQ(values->size(), 1023U);
+        EXPECT_EQ(values->capacity(), 1023U);
+    }
+}
+
 TEST_F(AmovaTests, EachTestOfADesignIsPrintedInItsOrder) {
     const std::vector<std::vector<std::string>> prefixes = {
         {"Vc and FST :", "Vb and FSC :", "Va and FCT :"},
