@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iomanip>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "between/spanning_tree.h"
@@ -15,6 +16,7 @@
 #include "model/popul_dna.h"
 #include "model/popul_rflp.h"
 #include "model/samples.h"
+#include "run/errors.h"
 #include "run/settings.h"
 #include "within/sample_analyses.h"
 #include "within/sample_distances.h"
@@ -142,14 +144,20 @@ void print_usable_loci(std::ostream& out, const UsableLoci& usable) {
     out << "\n\n";
 }
 
+// A tree needs as many cells as the square of its haplotypes, which a conventional matrix never had.
 void print_global_network(std::ostream& out, const DistMat& matrix, const Haplo_DB& definitions) {
     const int n = matrix.MatrixSize;
-    RectMat square(n, n);
-    for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < n; ++j)
-            square.data[i][j] = matrix.get(i, j);
+    try {
+        RectMat square(n, n);
+        for (int i = 0; i < n; ++i) {
+            for (int j = 0; j < n; ++j)
+                square.data[i][j] = matrix.get(i, j);
+        }
+        print_spanning_network(out, square, definitions, "MST_AMOVA", "MST_AMOVA");
+    } catch (const std::bad_alloc&) {
+        for (std::ostream* stream : {&out, _AOS_})
+            *stream << "\nUnable to allocate memory for the minimum spanning network of " << n << " OTUs\n";
     }
-    print_spanning_network(out, square, definitions, "MST_AMOVA", "MST_AMOVA");
 }
 
 std::vector<int> classes_of_identical_haplotypes(const DistMat& matrix, const Haplo_DB& definitions) {

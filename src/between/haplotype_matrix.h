@@ -49,7 +49,8 @@ UsableLoci find_usable_loci(Haplo_DB& definitions, TAlleleDB& alleles, const Pro
 // Number and list of the usable loci, by numbers from 1.
 void print_usable_loci(std::ostream& out, const UsableLoci& usable);
 
-// The minimum spanning network of the whole matrix, with the names of the definitions.
+// The minimum spanning network of the whole matrix, with the names of the definitions. Without the
+// memory for it the document and the log say so instead.
 void print_global_network(std::ostream& out, const DistMat& matrix, const Haplo_DB& definitions);
 
 // Classes of definitions at distance 0 from one another, by matrix row: the row of the last

@@ -238,6 +238,17 @@ TEST_F(HaplotypeMatrix, NetworkOfTheWholeMatrixNamesTheDefinitions) {
     EXPECT_TRUE(contains(text, "tree MST_AMOVA_MST = [&amp;U] "));
 }
 
+TEST_F(HaplotypeMatrix, NetworkThatIsTooLargeIsToldAndPassedOver) {
+    matrix.conventional = 1;
+    matrix.MatrixSize = 2'000'000'000;
+    std::ostringstream out;
+    EXPECT_NO_THROW(print_global_network(out, matrix, db));
+    const char* const text =
+        "\nUnable to allocate memory for the minimum spanning network of 2000000000 OTUs\n";
+    EXPECT_EQ(out.str(), text);
+    EXPECT_EQ(log.text(), text);
+}
+
 // ---- Classes of identical haplotypes
 
 class IdenticalHaplotypes : public ::testing::Test {
