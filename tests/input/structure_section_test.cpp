@@ -356,8 +356,17 @@ TEST_F(OneLocusStructure, MissingSampleIsTold) {
     targets.populations[0]->name = "another";
     EXPECT_EQ(copy.build_one_loci_str(&targets, &structure), 0);
     EXPECT_TRUE(log.holds("\tStructure::build_one_loci_str(): impossible to reproduce structure\n"));
+}
+
+TEST_F(OneLocusStructure, NoSamplesAtAllIsToldEvenWithoutAnyToBeFound) {
+    const char* const text = "\tStructure::build_one_loci_str(): impossible to reproduce structure\n";
     Samples none;
-    EXPECT_EQ(copy.build_one_loci_str(&none, &structure), 0);
+    Structure without_samples;
+    for (Structure* source : {&structure, &without_samples}) {
+        const CapturedLog own_log;
+        EXPECT_EQ(copy.build_one_loci_str(&none, source), 0);
+        EXPECT_EQ(own_log.text(), text);
+    }
 }
 
 }  // namespace
