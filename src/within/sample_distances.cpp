@@ -9,6 +9,7 @@
 #include "foundation/message_codes.h"
 #include "foundation/report.h"
 #include "model/integer_part.h"
+#include "model/samples.h"
 #include "run/errors.h"
 #include "run/settings.h"
 
@@ -98,10 +99,28 @@ my_string get_small_name(const Population& sample, const settings& s) {
     return s.result_directory + name.c_str();
 }
 
+namespace {
+
+// Samples whose names differ only in characters that a file name can't have share a file.
+void warn_of_overwriting(const PopGenetics& sample, const settings& s, const my_string& path) {
+    if (s.current_samples == nullptr) return;
+    const my_string own = get_small_name(sample, s);
+    for (const Population* other : s.current_samples->populations) {
+        if (other == &sample) return;
+        if (other->hapl_list.count == 0 || get_small_name(*other, s).view() != own.view()) continue;
+        *_AOS_ << "\t\tWarning: the distances of sample \"" << sample.name << "\" overwrite those of \""
+               << other->name << "\" in the file \"" << path << "\"\n";
+        return;
+    }
+}
+
+}  // namespace
+
 int write_distance_file(PopGenetics& sample, settings& s) {
     sample.distance_method = s.DistanceMethodAMOVA;
     sample.gamma_a = s.GammaAValueAMOVA;
     const my_string path = get_small_name(sample, s) + ".dis";
+    warn_of_overwriting(sample, s, path);
     std::fstream file(path.c_str(), std::ios::out | std::ios::trunc);
     if (!file) {
         *_AOS_ << "\t\tUnable to write the distance file \"" << path << "\"\n";

@@ -55,7 +55,8 @@ void print_distance_matrix(std::ostream& out, const RectMat& matrix);
 my_string get_small_name(const Population& sample, const settings& s);
 
 // Writes the distances between the haplotypes of a sample to the file of its small name and
-// ".dis", by DistanceMethodAMOVA and GammaAValueAMOVA. The sample keeps the matrix.
+// ".dis", by DistanceMethodAMOVA and GammaAValueAMOVA. The sample keeps the matrix. That it takes
+// the place of the file of an earlier sample of the pass is said in the log.
 // Writes: distance_method, gamma_a, dist_mat, max_dist
 // Result: 1, or 0 when there is no distance or the file can't be written, which is then said
 //         in the log

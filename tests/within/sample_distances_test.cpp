@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "model/popul_dna.h"
+#include "model/samples.h"
 #include "run/errors.h"
 #include "run/settings.h"
+#include "support/captured_log.h"
 #include "support/captured_reports.h"
 #include "support/temp_folder.h"
 #include "within/text_sample.h"
@@ -85,6 +87,40 @@ TEST(SampleDistances, TheDistanceFileHasTheMethodOfTheAmova) {
               "  0.2500        \n");
     EXPECT_EQ(t.sample.distance_method, 3);
     EXPECT_EQ(t.sample.gamma_a, 0.25);
+}
+
+TEST(SampleDistances, ADistanceFileThatTakesThePlaceOfAnotherSaysSo) {
+    const mnd_test::TempFolder folder;
+    const mnd_test::CapturedOutput progress;
+    DnaSample first({"AAAA", "AAAG"});
+    DnaSample other({"AAAA", "AAAG"});
+    DnaSample last({"AAAA", "AGGG"});
+    first.sample.name = "A B";
+    other.sample.name = "B";
+    last.sample.name = "A_B";
+    mnd::Samples pass;
+    pass.populations.owns_elements = 0;
+    mnd::settings s;
+    s.result_directory = (folder.path().string() + "/").c_str();
+    s.current_samples = &pass;
+    std::string logs[3];
+    int number = 0;
+    for (DnaSample* t : {&first, &other, &last})
+        pass.populations.Add(&t->sample);
+    for (DnaSample* t : {&first, &other, &last}) {
+        const mnd_test::CapturedLog log;
+        ASSERT_EQ(mnd::write_distance_file(t->sample, s), 1);
+        logs[number++] = log.text();
+    }
+    const std::string path = s.result_directory.c_str() + std::string("A_B.dis");
+    EXPECT_EQ(logs[0].find("Warning"), std::string::npos);
+    EXPECT_EQ(logs[1].find("Warning"), std::string::npos);
+    EXPECT_NE(logs[2].find(
+                  "\t\tWarning: the distances of sample \"A_B\" overwrite those of \"A B\" in the file \"" +
+                  path + "\"\n"),
+              std::string::npos)
+        << logs[2];
+    EXPECT_NE(mnd_test::read_text(path).find("3.0000"), std::string::npos);
 }
 
 TEST(SampleDistances, AnUnwritableDistanceFileIsSaidInTheLog) {
