@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <ctime>
 #include <string>
 #include <vector>
 
+#include "foundation/clock_time.h"
 #include "model/population.h"
 #include "run/errors.h"
 #include "run/settings.h"
@@ -167,6 +169,20 @@ int PopGenetics::compare_phenotypes() {
     return 1;
 }
 
+namespace {
+
+// Makes the shared table unless it is there, and says so in the log.
+bool make_B_table() {
+    if (PopGenetics::B_num_exist != 0) return true;
+    *_AOS_ << "\t\tComputing BMat ...";
+    const std::clock_t start = std::clock();
+    const bool made = PopGenetics::get_B_num_mat() != 0;
+    *_AOS_ << "\t\tdone ! (" << milliseconds_since(start) << " ms)\n";
+    return made;
+}
+
+}  // namespace
+
 int PopGenetics::get_B_num_mat() {
     if (B_num_exist == 0) B_num_exist = BMat.re_allocate_matrix(kBaseBRows, kBaseBCols);
     return B_num_exist;
@@ -174,7 +190,7 @@ int PopGenetics::get_B_num_mat() {
 
 bool PopGenetics::ensure_B(int n, int k) {
     if (n < 0 || k < 0 || n >= kMaxBnumRows || k >= kMaxBnumCols) return false;
-    if (get_B_num_mat() == 0) return false;
+    if (!make_B_table()) return false;
     if (n < BMat.rows && k < BMat.cols) return true;
     const int rows = std::min(std::max(n + kBMargin, BMat.rows), kMaxBnumRows);
     const int cols = std::min(std::max(k + kBMargin, BMat.cols), kMaxBnumCols);

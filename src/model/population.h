@@ -414,7 +414,7 @@ public:
     int compare_phenotypes();
 
     // B numbers for n genes and k alleles: fills or grows the shared table. False when it
-    // cannot serve them (5000 genes and 1000 alleles are refused).
+    // cannot serve them (5000 genes and 1000 alleles are refused). Its making is told in the log.
     static bool ensure_B(int n, int k);
     // At least the table of 200 genes by 80 alleles. Result: 1, or 0 if it was refused.
     static int get_B_num_mat();

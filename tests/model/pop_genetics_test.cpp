@@ -8,6 +8,7 @@
 #include "model/popul_standard.h"
 #include "model/population.h"
 #include "run/settings.h"
+#include "support/captured_log.h"
 #include "support/project_log.h"
 #include "support/sample_texts.h"
 
@@ -197,6 +198,19 @@ TEST_F(SharedBNumbers, RefuseWhatIsTooLarge) {
     EXPECT_FALSE(PopGenetics::ensure_B(-1, 1));
     EXPECT_TRUE(PopGenetics::ensure_B(4999, 5));
     EXPECT_EQ(PopGenetics::BMat.rows, 5000);
+    EXPECT_TRUE(PopGenetics::ensure_B(10, 999));
+    EXPECT_EQ(PopGenetics::BMat.cols, 1000);
+}
+
+TEST_F(SharedBNumbers, AreToldWhenTheyAreMade) {
+    const mnd_test::CapturedLog log;
+    ASSERT_TRUE(PopGenetics::ensure_B(10, 5));
+    const std::string text = log.text();
+    const std::string start = "\t\tComputing BMat ...\t\tdone ! (";
+    EXPECT_EQ(text.find(start), 0u) << text;
+    EXPECT_EQ(text.substr(text.size() - 5), " ms)\n");
+    ASSERT_TRUE(PopGenetics::ensure_B(10, 5));
+    EXPECT_EQ(log.text(), text) << "the table is there";
 }
 
 }  // namespace
