@@ -338,7 +338,7 @@ constexpr SettingKey kKeys[] = {
     {"TestSignificancePairewiseFST", kSectionPairwise, &settings::TestSignificancePairewiseFST, 0, kYesNo,
      "Test of significance",
      "#if pairwise distances should be tested by permutations\n"
-     "#(1: yes, 0: no)"},
+     "#(1: yes, 0: no). Ignored: they are tested when NumPermutationsFST is above 0"},
     {"NumPermutationsFST", kSectionPairwise, &settings::NumPermutationsFST, 100, kPlain,
      "No. of permutations",
      "#the number of permutations to be perfromed to test the significance\n"
