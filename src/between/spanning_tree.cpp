@@ -70,8 +70,7 @@ void print_alternatives(std::ostream& out, const TMinSpaNet& network, const std:
         << std::fixed << std::setprecision(5);
     for (int i = 0; i < network.number_of_OTUs(); ++i) {
         const std::vector<int>& links = network.alternatives[static_cast<std::size_t>(i)];
-        if (links.empty()) continue;
-        out << std::setw(kNameWidth) << name_of(names, i) << " ";
+        out << std::setw(kNameWidth) << name_of(names, i) << (links.empty() ? "" : " ");
         for (const int j : links)
             out << ' ' << name_of(names, j) << " (" << network.matrix->data[std::max(i, j)][std::min(i, j)]
                 << ')';
