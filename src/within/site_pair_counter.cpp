@@ -109,6 +109,11 @@ int bits_of_terms(const std::uint64_t* first, const std::uint64_t* second, const
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words));
 }
 
+[[gnu::target("avx2"), gnu::always_inline]] inline int sum_of_words(__m256i x) {
+    const __m128i halves = _mm_add_epi64(_mm256_castsi256_si128(x), _mm256_extracti128_si256(x, 1));
+    return static_cast<int>(_mm_cvtsi128_si64(halves) + _mm_extract_epi64(halves, 1));
+}
+
 // The same as bits_of_terms, a block at a time; words is a multiple of kBlockWords.
 template <int N, class Term>
 [[gnu::target("avx2"), gnu::always_inline]] inline int bits_of_blocks(const std::uint64_t* first,
@@ -130,15 +135,32 @@ template <int N, class Term>
         }
         total = _mm256_add_epi64(total, _mm256_sad_epu8(bytes, _mm256_setzero_si256()));
     }
-    const __m128i halves = _mm_add_epi64(_mm256_castsi256_si128(total), _mm256_extracti128_si256(total, 1));
-    return static_cast<int>(_mm_cvtsi128_si64(halves) + _mm_extract_epi64(halves, 1));
+    return sum_of_words(total);
+}
+
+// The same where the processor counts the bits of words itself.
+template <int N, class Term>
+[[gnu::target("avx512vl,avx512vpopcntdq"), gnu::always_inline]] inline int bits_of_counted_blocks(
+    const std::uint64_t* first, const std::uint64_t* second, const Term* terms, int n, int words) {
+    const int num_terms = N > 0 ? N : n;
+    __m256i total = _mm256_setzero_si256();
+    for (int w = 0; w < words; w += kBlockWords) {
+        __m256i any = _mm256_setzero_si256();
+        for (int t = 0; t < num_terms; ++t) {
+            any = _mm256_or_si256(any, _mm256_and_si256(load_block(first + terms[t].row + w),
+                                                        load_block(second + terms[t].column + w)));
+        }
+        total = _mm256_add_epi64(total, _mm256_popcnt_epi64(any));
+    }
+    return sum_of_words(total);
 }
 
 #endif
 
 }  // namespace
 
-// The count of a pair in one group of sites, for any processor and for those with AVX2.
+// The count of a pair in one group of sites, for any processor, for those with AVX2 and for those that
+// also count the bits of four words at once.
 struct SitePairCounter::Kernels {
     struct Pair {
         const std::uint64_t* first;
@@ -183,11 +205,30 @@ struct SitePairCounter::Kernels {
             counts[c] += added(group, counter, inside);
         }
     }
-    static GroupCounter best() {
-        return __builtin_cpu_supports("avx2") ? with_avx2 : portable;
+    [[gnu::target("avx512vl,avx512vpopcntdq")]] static void with_avx512(const Group& group, int i, int j,
+                                                                        Counts& counts) {
+        const Pair pair(group, i, j);
+        for (std::size_t c = 0; c < group.counters.size(); ++c) {
+            const CounterTerms& counter = group.counters[c];
+            const Term* terms = counter.terms.data();
+            const int n = static_cast<int>(counter.terms.size());
+            const int inside =
+                n == 1   ? bits_of_counted_blocks<1>(pair.first, pair.second, terms, n, group.words)
+                : n == 2 ? bits_of_counted_blocks<2>(pair.first, pair.second, terms, n, group.words)
+                : n == 4 ? bits_of_counted_blocks<4>(pair.first, pair.second, terms, n, group.words)
+                : n > 0  ? bits_of_counted_blocks<0>(pair.first, pair.second, terms, n, group.words)
+                         : 0;
+            counts[c] += added(group, counter, inside);
+        }
+    }
+    static GroupCounter of(Code code) {
+        const bool counts_words =
+            __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vpopcntdq");
+        if (code == Code::kBest && counts_words) return with_avx512;
+        return code != Code::kPortable && __builtin_cpu_supports("avx2") ? with_avx2 : portable;
     }
 #else
-    static GroupCounter best() {
+    static GroupCounter of(Code) {
         return portable;
     }
 #endif
@@ -199,7 +240,7 @@ SitePairCounter::SitePairCounter(const std::vector<std::string_view>& sequences,
     : missing_(missing),
       num_counters_(num_counters),
       num_sites_(static_cast<int>(sites.size())),
-      kernel_(code == Code::kBest ? Kernels::best() : Kernels::portable) {
+      kernel_(Kernels::of(code)) {
     assert(num_counters >= 0 && num_counters <= kMaxCounters);
     sort_sites(sequences, sites, rule, order);
     for (Group& group : groups_) {

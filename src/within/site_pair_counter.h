@@ -31,8 +31,9 @@ public:
     // kKept: planes hold all sites in their order; needed by site_mask.
     enum class Order { kAny, kKept };
 
-    // The code for this processor, or the one for any; they count the same.
-    enum class Code { kBest, kPortable };
+    // The fastest code for this processor, at most that for AVX2, or the one for any processor; they
+    // count the same.
+    enum class Code { kBest, kAtMostAvx2, kPortable };
 
     // Encodes the sequences; they need not outlive the call.
     //   sites         indices of the sites compared, ascending
