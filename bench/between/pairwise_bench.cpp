@@ -111,4 +111,21 @@ void BM_SolveDivTimes(benchmark::State& state) {
 }
 BENCHMARK(BM_SolveDivTimes);
 
+// Differences as a permutation gives them: those between the samples are as large as those within.
+// Nearly all the time goes into attempts that drift until their steps are used up.
+void BM_SolvePermutedDivTimes(benchmark::State& state) {
+    std::mt19937 random(3);
+    std::normal_distribution<double> draw;
+    long seed = -12345;
+    mnd::ran3(&seed);
+    mnd::TSolveDivTimes solver(0.0L, 0.0L, 0.0L);
+    for (auto _ : state) {
+        const double pi_X = 5.0 + 0.4 * draw(random);
+        const double pi_Y = 5.0 + 0.4 * draw(random);
+        solver.set_targets(pi_X, pi_Y, (pi_X + pi_Y) / 2.0 + 0.05 * draw(random));
+        benchmark::DoNotOptimize(solver.solve(20));
+    }
+}
+BENCHMARK(BM_SolvePermutedDivTimes);
+
 }  // namespace
