@@ -157,7 +157,7 @@ bool TBroyden::search() {
             restart = true;
         } else {
             restart = false;
-            if (largest_step() < TOLX) return true;
+            if (step_vanishes()) return true;
         }
     }
     return fail(kEquationSolvingDidNotConverge);
@@ -280,11 +280,13 @@ long double TBroyden::largest_residual() const {
     return largest;
 }
 
-long double TBroyden::largest_step() const {
-    long double largest = 0.0L;
-    for (int i = 1; i <= n; ++i)
-        largest = std::max(largest, std::fabs(x[i] - xold_[at(i)]) / std::max(std::fabs(x[i]), 1.0L));
-    return largest;
+// Whether no unknown has moved by as much as TOLX, relative to its size where that is above 1.
+bool TBroyden::step_vanishes() const {
+    for (int i = 1; i <= n; ++i) {
+        const long double step = std::fabs(x[i] - xold_[at(i)]) / std::max(std::fabs(x[i]), 1.0L);
+        if (step >= TOLX) return false;
+    }
+    return true;
 }
 
 bool TBroyden::gradient_vanishes() const {
@@ -392,18 +394,8 @@ void TBroyden::qrupdt(LongMatrix& r, LongMatrix& qt, int n, LongVector& u, const
     while (k > 1 && u[at(k)] == 0.0L)
         --k;
     // R + u v^T is made upper Hessenberg, and then upper triangular again.
-    for (int i = k - 1; i >= 1; --i) {
-        long double& u_i = u[at(i)];
-        const long double below = u[at(i + 1)];
-        rotate(r, qt, n, i, u_i, -below);
-        if (u_i == 0.0L) {
-            u_i = std::fabs(below);
-        } else if (std::fabs(u_i) > std::fabs(below)) {
-            u_i = std::fabs(u_i) * hypotenuse(below / u_i);
-        } else {
-            u_i = std::fabs(below) * hypotenuse(u_i / below);
-        }
-    }
+    for (int i = k - 1; i >= 1; --i)
+        u[at(i)] = rotate(r, qt, n, i, u[at(i)], -u[at(i + 1)]);
     for (int j = 1; j <= n; ++j)
         r[1][at(j)] += u[1] * v[at(j)];
     for (int i = 1; i < k; ++i)
@@ -420,32 +412,37 @@ void TBroyden::rsolv(const LongMatrix& a, int n, const LongVector& d, LongVector
     }
 }
 
-void TBroyden::rotate(LongMatrix& r, LongMatrix& qt, int n, int i, long double a, long double b) {
+long double TBroyden::rotate(LongMatrix& r, LongMatrix& qt, int n, int i, long double a, long double b) {
     long double cosine = 0.0L;
     long double sine = 0.0L;
+    long double length = 0.0L;
     if (a == 0.0L) {
         sine = b >= 0.0L ? 1.0L : -1.0L;
+        length = std::fabs(b);
     } else if (std::fabs(a) > std::fabs(b)) {
         const long double ratio = b / a;
-        cosine = with_sign(1.0L / hypotenuse(ratio), a);
+        const long double relative = hypotenuse(ratio);
+        cosine = with_sign(1.0L / relative, a);
         sine = ratio * cosine;
+        length = std::fabs(a) * relative;
     } else {
         const long double ratio = a / b;
-        sine = with_sign(1.0L / hypotenuse(ratio), b);
+        const long double relative = hypotenuse(ratio);
+        sine = with_sign(1.0L / relative, b);
         cosine = ratio * sine;
+        length = std::fabs(b) * relative;
     }
-    for (int j = 1; j <= n; ++j) {
-        if (j >= i) {
-            const long double upper = r[at(i)][at(j)];
-            const long double lower = r[at(i + 1)][at(j)];
-            r[at(i)][at(j)] = cosine * upper - sine * lower;
-            r[at(i + 1)][at(j)] = sine * upper + cosine * lower;
+    const auto rotate_columns = [cosine, sine, n](long double* upper_row, long double* lower_row, int first) {
+        for (int j = first; j <= n; ++j) {
+            const long double upper = upper_row[j];
+            const long double lower = lower_row[j];
+            upper_row[j] = cosine * upper - sine * lower;
+            lower_row[j] = sine * upper + cosine * lower;
         }
-        const long double upper = qt[at(i)][at(j)];
-        const long double lower = qt[at(i + 1)][at(j)];
-        qt[at(i)][at(j)] = cosine * upper - sine * lower;
-        qt[at(i + 1)][at(j)] = sine * upper + cosine * lower;
-    }
+    };
+    rotate_columns(r[at(i)].data(), r[at(i + 1)].data(), i);
+    rotate_columns(qt[at(i)].data(), qt[at(i + 1)].data(), 1);
+    return length;
 }
 
 }  // namespace mnd

@@ -101,7 +101,8 @@ public:
 
     // The Jacobi rotation of rows i and i + 1 of r and qt by the angle with cosine
     // a / sqrt(a^2 + b^2) and sine b / sqrt(a^2 + b^2).
-    static void rotate(LongMatrix& r, LongMatrix& qt, int n, int i, long double a, long double b);
+    // Returns:   sqrt(a^2 + b^2)
+    static long double rotate(LongMatrix& r, LongMatrix& qt, int n, int i, long double a, long double b);
 
 private:
     // Working storage of a run.
@@ -118,7 +119,7 @@ private:
     bool secant_error();
     void set_direction();
     long double largest_residual() const;
-    long double largest_step() const;
+    bool step_vanishes() const;
     bool gradient_vanishes() const;
     bool fail(int code);
 };

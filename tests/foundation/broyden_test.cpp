@@ -513,6 +513,53 @@ TEST(TBroyden, UpdateReproducesTheChangedMatrix) {
     }
 }
 
+// The update as it is written down: each rotation, and apart from it the length that it leaves in u.
+void plain_update(LongMatrix& r, LongMatrix& qt, int n, LongVector u, const LongVector& v) {
+    const auto at = [](int i) { return static_cast<std::size_t>(i); };
+    int k = n;
+    while (k > 1 && u[at(k)] == 0.0L)
+        --k;
+    for (int i = k - 1; i >= 1; --i) {
+        const long double above = std::fabs(u[at(i)]);
+        const long double below = std::fabs(u[at(i + 1)]);
+        TBroyden::rotate(r, qt, n, i, u[at(i)], -u[at(i + 1)]);
+        if (above == 0.0L) {
+            u[at(i)] = below;
+        } else if (above > below) {
+            u[at(i)] = above * std::sqrt(1.0L + (below / above) * (below / above));
+        } else {
+            u[at(i)] = below * std::sqrt(1.0L + (above / below) * (above / below));
+        }
+    }
+    for (int j = 1; j <= n; ++j)
+        r[1][at(j)] += u[1] * v[at(j)];
+    for (int i = 1; i < k; ++i)
+        TBroyden::rotate(r, qt, n, i, r[at(i)][at(i)], -r[at(i + 1)][at(i)]);
+}
+
+// To the last bit, on which the path of a whole search hangs.
+TEST(TBroyden, UpdateIsThePlainOneToTheLastBit) {
+    std::mt19937 random(3);
+    std::normal_distribution<double> draw;
+    for (int run = 0; run < 500; ++run) {
+        const int n = 1 + run % 5;
+        LongMatrix r = random_matrix(random, n);
+        LongMatrix qt = random_matrix(random, n);
+        LongVector u = my_vector(n);
+        LongVector v = my_vector(n);
+        for (std::size_t i = 1; i < u.size(); ++i) {
+            u[i] = random() % 4 == 0 ? 0.0L : draw(random);
+            v[i] = draw(random);
+        }
+        LongMatrix plain_r = r;
+        LongMatrix plain_qt = qt;
+        plain_update(plain_r, plain_qt, n, u, v);
+        TBroyden::qrupdt(r, qt, n, u, v);
+        ASSERT_EQ(r, plain_r) << run;
+        ASSERT_EQ(qt, plain_qt) << run;
+    }
+}
+
 TEST(TBroyden, RotationTakesTheAngleOfItsArguments) {
     // cosine 3/5, sine 4/5 of (3, 4): rows (1, 0) and (0, 1) become (0.6, -0.8) and (0.8, 0.6).
     for (const auto& [a, b, cosine, sine] : {std::array<long double, 4>{3.0L, 4.0L, 0.6L, 0.8L},
