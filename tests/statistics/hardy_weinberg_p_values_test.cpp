@@ -23,7 +23,7 @@ constexpr long kSteps = 20000;
 constexpr int kBurnIn = 300;
 // Successive tables of a chain resemble each other: in the data below a chain is worth at least this
 // many independent ones.
-constexpr double kIndependentTables = 200.0;
+constexpr double kIndependentTables = 150.0;
 constexpr std::size_t kReplicates = 6000;
 constexpr std::size_t kInbredReplicates = 1000;
 constexpr double kInbred = 0.6;  // probability that the copies of an individual are the same
