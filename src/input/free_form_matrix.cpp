@@ -6,6 +6,7 @@
 #include <fstream>
 #include <istream>
 #include <limits>
+#include <new>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -41,15 +42,17 @@ bool is_digit(char c) {
 
 // ---- Tokens
 
-// The characters up to white space or one of the stop characters, which stays in the stream.
+// The characters up to one of the stop characters, which stays in the stream, to white space, which
+// stays too, or to a zero byte or the byte 0xFF, which is consumed.
 std::string take_token(std::istream& is, std::string_view stops) {
     std::string token;
     for (int c = is.peek(); c != kEndOfStream; c = is.peek()) {
         const char next = static_cast<char>(c);
-        if (c == '\0' || std::string_view(" \t\r\n").find(next) != std::string_view::npos) break;
+        if (std::string_view(" \t\r\n").find(next) != std::string_view::npos) break;
         if (stops.find(next) != std::string_view::npos) break;
-        token += next;
         is.get();
+        if (next == '\0' || next == '\xFF') break;
+        token += next;
     }
     return token;
 }
@@ -173,10 +176,15 @@ bool MatrixBody::read_row(int r) {
     return true;
 }
 
-// Every block repeats the labels of its rows.
+// A label in quotes, or a token. Every block repeats the labels of its rows.
 bool MatrixBody::read_row_label(int r) {
     my_string read;
-    const bool repeats = get_qstring(is_, read) && (first_ == 0 || read == label(r));
+    if (is_.peek() == '"' || is_.peek() == '\'') {
+        if (!get_qstring(is_, read)) return refuse(kReadMatrix, kMissingHaplotypeLabels);
+    } else {
+        read = take_token(is_, "}#").c_str();
+    }
+    const bool repeats = !read.is_null() && (first_ == 0 || read == label(r));
     if (!repeats) return refuse(kReadMatrix, kMissingHaplotypeLabels);
     label(r) = read;
     return true;
@@ -230,12 +238,14 @@ int DistMat::read_matrix_size(std::ifstream& is) {
     long long size = 0;
     if (!(is >> size) && size == 0) return refuse_content(kNoMatrixSize);
     if (size < 0) return refuse_content(kInvalidMatrixSize);
-    if (size > kMaxMatrixRows) {
+    try {
+        if (size > kMaxMatrixRows) throw std::bad_alloc();
+        initializeMatrixAndArrays(static_cast<int>(size));
+    } catch (const std::bad_alloc&) {
         *_AOS_ << "\tUnable to allocate memory for distance matrix \"" << MatrixName << "\". Required size ("
                << size << ") is probably too big..." << std::endl;
         return refuse_content(kInvalidMatrixSize);
     }
-    initializeMatrixAndArrays(static_cast<int>(size));
     return 1;
 }
 
@@ -316,18 +326,39 @@ int DistMat::read_MatrixData(std::ifstream& is) {
 
 namespace {
 
-// Passes over a value: the rest of the line, or a block in braces, which may begin on a later
-// line and ends at the latest where another section begins.
+// Passes over a block in braces, which ends at the latest where another section begins.
+void pass_over_block(std::istream& is) {
+    for (int c = is.peek(); c != kEndOfStream && c != '['; c = is.peek()) {
+        is.get();
+        if (c == '}') return;
+    }
+}
+
+// Where on a line, behind the value it begins with, another keyword begins; npos without one.
+std::size_t next_keyword(std::string_view line) {
+    line = line.substr(0, line.find('#'));
+    const std::size_t value = line.find_first_not_of(" \t");
+    if (value == std::string_view::npos) return value;
+    const bool quoted = line[value] == '"' || line[value] == '\'';
+    const std::size_t end = quoted ? line.find(line[value], value + 1) : line.find_first_of(" \t", value);
+    if (end == std::string_view::npos || line.find('=', end) == std::string_view::npos)
+        return std::string_view::npos;
+    return line.find_first_not_of(" \t", end + 1);
+}
+
+// Passes over a value: a block, which may begin on a later line, or what stands on this line up to
+// its end or to another keyword.
 void pass_over_value(std::istream& is) {
     const bool empty_line = test_end_of_line(is);
-    const bool block = peek_beyond_comments(is) == '{';
-    if (empty_line && !block) return;
-    const char end = block ? '}' : '\n';
-    for (int c = is.peek(); c != -1; c = is.peek()) {
-        if (block && c == '[') return;
-        is.get();
-        if (c == end) return;
-    }
+    if (peek_beyond_comments(is) == '{') return pass_over_block(is);
+    if (empty_line) return;
+    const std::istream::off_type start = is.tellg();
+    std::string line;
+    std::getline(is, line);
+    const std::size_t keyword = next_keyword(line);
+    if (keyword == std::string::npos) return;
+    is.clear();
+    is.seekg(start + static_cast<std::istream::off_type>(keyword));
 }
 
 }  // namespace

@@ -55,8 +55,10 @@ bool go_behind_closing_brace(std::istream& is) {
     return false;
 }
 
-// Takes the next name of a group; false where there is none.
+// Takes the next name of a group; false where there is none, and with the name for one that can't be
+// taken, which is told.
 bool next_name(std::istream& is, my_string& name) {
+    name = "";
     return peek_data(is) != '}' && get_qstring(is, name);
 }
 
@@ -155,6 +157,7 @@ int Structure::read_group(std::ifstream& is, Samples& samples) {
     while (next_name(is, name)) {
         if (place_sample(samples, name) == 0) return 0;
     }
+    if (!name.is_null()) return refuse(group_origin(), kUnknownSampleName);
     // Kept on purpose: this report names no function.
     // Test: FreeFormStructure.MissingClosingBraceNamesBuf
     if (!go_behind_closing_brace(is)) return refuse("buf", kMissingGroupClosingBrace);
@@ -233,6 +236,7 @@ int Structure::explore_group(std::ifstream& is, std::ostream& out) {
     my_string sample;
     while (next_name(is, sample))
         out << sample << '\n';
+    if (!sample.is_null()) return refuse(kExploreContent, kUnknownSampleName);
     // Kept on purpose: this report names no function.
     // Test: StructureExplore.MissingClosingBraceNamesBuf
     if (!go_behind_closing_brace(is)) return refuse("buf", kMissingGroupClosingBrace);

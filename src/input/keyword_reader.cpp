@@ -72,17 +72,17 @@ my_string text_of(std::string_view part) {
     return my_string(std::string(part).c_str());
 }
 
-// The text with all that stands between double quotes left out.
+// The text with a blank for all that stands between two quotes of a kind.
 std::string without_quoted_parts(std::string_view text) {
     std::string plain;
-    while (true) {
-        const std::size_t opening = text.find('"');
-        const std::size_t closing = opening == std::string_view::npos ? opening : text.find('"', opening + 1);
-        plain += text.substr(0, closing == std::string_view::npos ? closing : opening);
-        if (closing == std::string_view::npos) return plain;
-        plain += ' ';
-        text.remove_prefix(closing + 1);
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool is_quote = text[at] == '"' || text[at] == '\'';
+        const std::size_t closing = is_quote ? text.find(text[at], at + 1) : std::string_view::npos;
+        const bool is_quoted = closing != std::string_view::npos;
+        plain += is_quoted ? ' ' : text[at];
+        if (is_quoted) at = closing;
     }
+    return plain;
 }
 
 // ---- Characters of a stream

@@ -74,8 +74,8 @@ bool detectFullPathInFileName(my_string const& name);
 my_string upper_copy(my_string const& text);
 
 // Whether the heading of a section, given in upper case such as "[MANTEL]", stands on the line in any
-// case of letters. Between double quotes it is part of a name; a quote that is not closed on the
-// line hides nothing.
+// case of letters. Between quotes of either kind it is part of a name; a quote that is not closed on
+// the line hides nothing.
 bool holds_heading(std::string_view line, std::string_view upper_heading);
 
 // Reads the next line of a project file: raises line_no, cuts the comment, and strips a CR
@@ -87,8 +87,8 @@ bool read_project_line(std::istream& is, my_string& line, int& line_no);
 bool line_was_too_long(std::istream const& is);
 
 // Passes over a subsection whatever braces and quotes it holds: reads lines until one holds
-// one of the headings (see holds_heading) or the stream ends. That line is left in `line` for the caller to classify; at the end
-// of the stream `line` is empty.
+// one of the headings (see holds_heading) or the stream ends. That line is left in `line` for the
+// caller to classify; at the end of the stream `line` is empty.
 // Returns: true when a heading was met
 bool pass_over_subsection(std::istream& is, std::initializer_list<const char*> headings, int& line_no,
                           my_string& line);

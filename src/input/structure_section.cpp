@@ -77,6 +77,7 @@ private:
     Outcome read_group_line(Braces& braces);
     Outcome read_names(std::string_view text);
     Outcome place_sample(my_string const& name);
+    Outcome refuse_sample(my_string const& name, std::string const& reason, int code) const;
     Outcome finish_group();
     bool pass_over_stray_character(std::istream& names) const;
     std::size_t group() const { return static_cast<std::size_t>(nb_read_); }
@@ -203,7 +204,12 @@ Outcome StructureReader::read_names(std::string_view text) {
         while (get_qstring(names, name)) {
             const Outcome outcome = place_sample(name);
             if (outcome != Outcome::kGoOn) return outcome;
+            name = "";
         }
+        // A name that was read all the same must not get lost.
+        if (!name.is_null())
+            return refuse_sample(name, " stands in single quotes, which hold one character.\n",
+                                 kUnknownSampleName);
     } while (pass_over_stray_character(names));
     return Outcome::kGoOn;
 }
@@ -220,25 +226,27 @@ bool StructureReader::pass_over_stray_character(std::istream& names) const {
 
 // Puts the sample of this name into the group under work.
 Outcome StructureReader::place_sample(my_string const& name) {
-    const auto refuse = [this, &name](std::string const& reason, int code) {
-        *_AOS_ << "\tError: Sample \"" << name << "\" defined in Group #" << nb_read_ + 1 << " on line "
-               << line_no_ << reason << "\tAborting reading project." << std::endl;
-        report(Error, kReporter, code);
-        return Outcome::kFailure;
-    };
     const auto known = sample_named_.find(std::string(name.view()));
     if (known == sample_named_.end())
-        return refuse(" has not been defined in the [Samples] section.\n", kUnknownSampleName);
+        return refuse_sample(name, " has not been defined in the [Samples] section.\n", kUnknownSampleName);
     Population* sample = known->second;
     const auto [place, is_new] = group_of_.try_emplace(sample, nb_read_ + 1);
     if (!is_new) {
         const std::string number = std::to_string(place->second);
-        return refuse(" has been alredy included in group #" + number + ".\n", kSampleTwiceInGroup);
+        return refuse_sample(name, " has been alredy included in group #" + number + ".\n",
+                             kSampleTwiceInGroup);
     }
     structure_.groups[group()].Add(sample);
     ++structure_.group_sizes[group()];
     ++structure_.NbSamples;
     return Outcome::kGoOn;
+}
+
+Outcome StructureReader::refuse_sample(my_string const& name, std::string const& reason, int code) const {
+    *_AOS_ << "\tError: Sample \"" << name << "\" defined in Group #" << nb_read_ + 1 << " on line "
+           << line_no_ << reason << "\tAborting reading project." << std::endl;
+    report(Error, kReporter, code);
+    return Outcome::kFailure;
 }
 
 Outcome StructureReader::finish_group() {

@@ -110,6 +110,15 @@ TEST_F(FreeFormMatrix, LabelsInAColumn) {
     EXPECT_EQ(cells(), (Cells{0.5, 1, 0.25, 2, 3, 7}));  // the diagonal counts as it is written
 }
 
+// A label reaches to the next white space, zero byte or byte 0xFF, whatever it begins with.
+TEST_F(FreeFormMatrix, LabelInAColumnIsAToken) {
+    ASSERT_EQ(read_column("_a/1 0\n*\t1 0\n-3\xFF 2 3 0\n}", 3), 1);
+    EXPECT_EQ(labels(), (Labels{"_a/1", "*", "-3"}));
+    ASSERT_EQ(read_column("a/1 0\na/2 1\na/3 2\na/2 3\na/3 4 5\n}", 3), 1);
+    EXPECT_EQ(labels(), (Labels{"a/1", "a/2", "a/3"}));
+    EXPECT_EQ(cells(), (Cells{0, 1, 3, 2, 4, 5}));
+}
+
 TEST_F(FreeFormMatrix, BraceMayFollowTheLastValue) {
     for (const char* end : {"0}", "0 }", "0 # end\n}", "0#end\n}", "0\n\n}"}) {
         ASSERT_EQ(read_body(std::string("h1 h2 h3\n0\n1 0\n2 3 ") + end), 1) << end;
@@ -228,7 +237,7 @@ TEST_F(FreeFormMatrix, MoreLabelsThanRowsAreRefused) {
 }
 
 TEST_F(FreeFormMatrix, LabelOfTheColumnMustBeThere) {
-    EXPECT_EQ(read_column("a 0\n; 1 0\n}", 2), 0);
+    EXPECT_EQ(read_column("a 0\n}\n", 2), 0);
     EXPECT_EQ(read_column("a 0\n", 2), 0);
     EXPECT_EQ(reports.all()[0], (Report{Error, kBody, 11}));
     EXPECT_EQ(reports.all()[2], (Report{Error, kBody, 11}));
@@ -280,7 +289,8 @@ TEST_F(FreeFormMatrix, LabelPositionIsLineOrColumn) {
 
 TEST_F(FreeFormMatrix, HaplotypeLabelsReplaceThoseOfTheData) {
     const std::string data = "MatrixSize=3 MatrixData={\nh1 h2 h3\n0\n1 0\n2 3 0\n}\n";
-    for (const char* list : {"{ a b c }", "{a b c}", " the { # new\n a\n b # second\n c }"}) {
+    for (const char* list :
+         {"{ a b c }", "{a b c}", "{a\xFF b c\xFF }", " the { # new\n a\n b # second\n c }"}) {
         ASSERT_EQ(read(data + "HaplLabels=" + list + "\n"), 1) << list;
         EXPECT_EQ(labels(), (Labels{"a", "b", "c"})) << list;
         EXPECT_EQ(matrix.get(2, 1), 3.0);
@@ -430,6 +440,18 @@ TEST_F(DistMatExplore, EmptyValueEndsWithItsLine) {
     EXPECT_EQ(matrix.MatrixName.view(), "Defined In project file");
     EXPECT_EQ(explore("HaplLabels= # below\n{\n a\n b }\nMatrixSize=2\n[[Samples]]"), 1);
     EXPECT_EQ(next, '[');
+}
+
+TEST_F(DistMatExplore, KeywordsMayShareALine) {
+    EXPECT_EQ(explore("MatrixName=\"a = b\" MatrixSize=2 MatrixData=EXTERN \"m.txt\" # x = y\n[[Samples]]"),
+              1);
+    EXPECT_EQ(matrix.MatrixName.view(), "m.txt");
+    EXPECT_EQ(next, '[');
+    EXPECT_EQ(explore("MatrixSize=2\tMatrixData={ 0\n1 0 } LabelPosition=LINE # x = y\n[[Samples]]"), 1);
+    EXPECT_EQ(matrix.MatrixName.view(), "Defined In project file");
+    EXPECT_EQ(next, '[');
+    EXPECT_EQ(explore("MatrixName=my matrix\nMatrixData={ 0 }\n[[Samples]]"), 1);
+    EXPECT_EQ(matrix.MatrixName.view(), "Defined In project file");
 }
 
 TEST_F(DistMatExplore, UnclosedMatrixEndsAtTheNextSection) {

@@ -200,6 +200,15 @@ TEST_F(FreeFormStructure, SampleInAGroupCantBeAddedAgain) {
                    "Structure::read_id_content() (group#2)", 51);
 }
 
+// Single quotes hold one character; a longer name in them must not get lost.
+TEST_F(FreeFormStructure, LongNameInSingleQuotesIsRefused) {
+    EXPECT_EQ(open("NbGroups=1\nGroup={ one 'two' }\n"), 0);
+    EXPECT_EQ(reports.all(), (Reports{{Error, "get_qstring(ifstream& ifs, my_string& s)", 101},
+                                      {Error, "Structure::read_id_content() (group#1)", 51},
+                                      {Error, "Structure::open() (\"group\")", 55}}));
+    EXPECT_EQ(structure.NbSamples, 0);
+}
+
 TEST_F(FreeFormStructure, MissingOpeningBrace) {
     expect_refused("NbGroups=1\nGroup=\"one\"\n", "group", "Structure::read_id_content() (group#1)", 50);
     expect_refused("NbGroups=2\nGroup={one}\nGroup=", "group", "Structure::read_id_content() (group#2)", 50);
@@ -322,6 +331,14 @@ TEST_F(StructureExplore, BraceMayFollowAStrayCharacter) {
     EXPECT_EQ(groups(), "1\n{\na\n}\n");
     EXPECT_EQ(explore("NbGroups=1\nGroup={ \"a\", \"b\" }\n"), 0);
     EXPECT_EQ(reports.all()[0], (Report{Error, "buf", 52}));
+}
+
+TEST_F(StructureExplore, LongNameInSingleQuotesIsRefused) {
+    EXPECT_EQ(explore("NbGroups=1\nGroup={ a 'two' }\n"), 0);
+    ASSERT_EQ(reports.all().size(), 3u);
+    EXPECT_EQ(reports.all()[1], (Report{Error, "Structure::explore_content()", 51}));
+    EXPECT_EQ(explore("NbGroups=1\nGroup={ a 't' }\n"), 1);
+    EXPECT_EQ(groups(), "1\n{\na\nt\n}\n");
 }
 
 TEST_F(StructureExplore, SurplusGroupsAreSkipped) {

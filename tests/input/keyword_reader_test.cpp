@@ -180,9 +180,11 @@ TEST_F(LineReader, OverLongLineIsToldFromTheEnd) {
 }
 
 TEST_F(LineReader, HeadingStandsOutsideOfQuotes) {
-    for (const char* line : {"[MANTEL]", "  [[Mantel]] # x", "\"a\" [mantel]", "a \" [Mantel]"})
+    for (const char* line : {"[MANTEL]", "  [[Mantel]] # x", "\"a\" [mantel]", "a \" [Mantel]",
+                             "don't [Mantel]", "\"it's\" [Mantel] \"it's\""})
         EXPECT_TRUE(holds_heading(line, "[MANTEL]")) << line;
-    for (const char* line : {"", "Mantel]", "[ Mantel]", "\"[Mantel]\"", "{ \"a\" \"the [Mantel]\" }"})
+    for (const char* line : {"", "Mantel]", "[ Mantel]", "\"[Mantel]\"", "{ \"a\" \"the [Mantel]\" }",
+                             "Title='a [Mantel]'", "'the \"old\" [Mantel]'", "\"don't\" '[Mantel]'"})
         EXPECT_FALSE(holds_heading(line, "[MANTEL]")) << line;
 }
 

@@ -144,6 +144,19 @@ TEST_F(StructureSection, CommasBetweenNamesHideNoSample) {
     EXPECT_TRUE(log.holds("\tWarning: Character ',' between the sample names on line 12 is passed over"));
 }
 
+// Single quotes hold one character; a longer name in them must not get lost.
+TEST_F(StructureSection, NameInSingleQuotesIsOneCharacterOrRefused) {
+    samples.populations[1]->name = "b";
+    ASSERT_EQ(read("NbGroups=1\nGroup={\"one\" 'b'}\n"), 1) << log.text();
+    EXPECT_EQ(names(0), (Names{"one", "b"}));
+    EXPECT_EQ(read("NbGroups=1\nGroup={\"one\" 'three' \"four\"}\n"), 0);
+    EXPECT_EQ(log.text(),
+              "\tError: Sample \"three\" defined in Group #1 on line 12 stands in single quotes, which hold "
+              "one character.\n\tAborting reading project.\n");
+    EXPECT_EQ(reports.all(), (std::vector<Report>{{Error, "get_qstring(ifstream& ifs, my_string& s)", 101},
+                                                  {Error, kReporter, 51}}));
+}
+
 TEST_F(StructureSection, QuoteWithoutEndReachesToTheEndOfItsLine) {
     ASSERT_EQ(read("NbGroups=1\nGroup={\n\"one\n\"two\"\n}\n"), 1) << log.text();
     EXPECT_EQ(names(0), (Names{"one", "two"}));
