@@ -62,7 +62,8 @@ public:
     // Reads labels, if they stand on a line, and rows; the stream stands behind the opening brace, or at
     // the start of a file. MatrixSize and LabelPosition must stand. The rows may be wrapped: then all rows
     // of the first columns come first, and each further block begins at its own diagonal, with its labels
-    // again if they stand in a column. Values have no sign, begin with a digit, and are kept in single
+    // again if they stand in a column. Labels of a line are words without quotes; those of a column are
+    // tokens, or stand in quotes. Values have no sign, begin with a digit, and are kept in single
     // precision.
     // Result: 1, or 0 after an error that names line (here: row) and column, from 1
     int read_MatrixData(std::ifstream& is);

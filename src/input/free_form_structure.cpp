@@ -105,6 +105,8 @@ int Structure::open(std::ifstream& is, ProfileSettings& profile, Samples& sample
         reset();
         return refuse("Structure::open() (" + in_quotes(keyword) + ")", kInvalidKeywordValue);
     }
+    // The number may have changed behind the last group.
+    if (!groups.empty()) fit_groups();
     // Kept on purpose: the report names the function that lists the groups.
     // Test: FreeFormStructure.MissingGroupsAreAnInvalidNumber
     return NbGroupsRead == NbGroups ? 1 : refuse(kExploreContent, kInvalidStructureNbGroups);
@@ -118,7 +120,6 @@ int Structure::read_id_content(std::ifstream& is, Samples& samples, my_string ke
     if (keyword == "nbgroups") {
         if (!read_number_of_groups(is, kReadContent, NbGroups))
             return refuse(kReadContent, kInvalidStructureNbGroups);
-        if (!groups.empty()) fit_groups();
         return 1;
     }
     if (keyword == "group") return read_group(is, samples);
@@ -146,7 +147,7 @@ int Structure::read_group(std::ifstream& is, Samples& samples) {
         reset();
         return refuse(kReadContent, kTooManyGroups);
     }
-    if (groups.empty()) allocate_groups();
+    if (groups.size() != static_cast<std::size_t>(NbGroups)) fit_groups();
     std::string passed;
     if (!go_behind(is, '{', passed)) return refuse(group_origin(), kMissingGroupOpeningBrace);
     if (!passed.empty() && passed != "=") {

@@ -62,7 +62,7 @@ public:
     Outcome take_group();
     // The number of groups must be as declared. Returns: 1 or 0
     int judge_number_of_groups() const;
-    // Makes the groups that were declared and not read.
+    // Makes the groups that were declared and not read, and gives up those that no longer are.
     void complete_groups();
 
 private:
@@ -124,8 +124,6 @@ Outcome StructureReader::take_number_of_groups() {
     const int declared = whole_part(value);
     if (declared < 0 || declared > kMostGroups) return bad_number_of_groups();
     structure_.NbGroups = declared;
-    // It may come behind the first group.
-    if (!structure_.groups.empty()) structure_.fit_groups();
     return Outcome::kGoOn;
 }
 
@@ -147,7 +145,8 @@ Outcome StructureReader::tell_obsolete_level() const {
 }
 
 void StructureReader::complete_groups() {
-    if (structure_.groups.empty()) structure_.allocate_groups();
+    // The number may have changed behind the first group.
+    if (structure_.groups.size() != static_cast<std::size_t>(structure_.NbGroups)) structure_.fit_groups();
 }
 
 Outcome StructureReader::take_group() {

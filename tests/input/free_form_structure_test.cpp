@@ -184,6 +184,9 @@ TEST_F(FreeFormStructure, NumberOfGroupsMayChangeOnTheWay) {
     EXPECT_EQ(open("NbGroups=2\nGroup={one}\nGroup={two}\nNbGroups=1\n"), 0);
     EXPECT_EQ(structure.groups.size(), 1u);
     EXPECT_EQ(structure.NbSamples, 1);
+    EXPECT_EQ(open("NbGroups=2\nGroup={one}\nGroup={two}\nNbGroups=1\nNbGroups=2\n"), 1);
+    EXPECT_EQ(names(1), (Names{"two"}));
+    EXPECT_EQ(structure.NbSamples, 2);
 }
 
 TEST_F(FreeFormStructure, UnknownSampleIsRefusedByName) {

@@ -311,6 +311,10 @@ TEST_F(StructureSection, NumberOfGroupsMayChangeOnTheWay) {
               1);
     EXPECT_EQ(structure.groups.size(), 1U);
     EXPECT_EQ(structure.NbSamples, 1);
+    ASSERT_EQ(read(std::string(kTwoGroups) + "Group={\"one\"}\nGroup={\"two\"}\nNbGroups=1\nNbGroups=2\n"),
+              1);
+    EXPECT_EQ(names(1), (Names{"two"}));
+    EXPECT_EQ(structure.NbSamples, 2);
 }
 
 TEST_F(StructureSection, ObsoleteKeywordsAreTold) {
