@@ -10,6 +10,7 @@
 
 #include "foundation/escape.h"
 #include "foundation/format_guard.h"
+#include "model/allele_db.h"
 #include "model/pop_haplotypes.h"
 #include "results/citations.h"
 #include "results/tree_script.h"
@@ -55,6 +56,32 @@ private:
     Population& sample_;
     double sample_size_;
 };
+
+// Holds the percentage of the progress lines back for as long as it lives: the estimate of the work
+// to do takes no account of the assignment.
+class NoPercentage {
+public:
+    NoPercentage() : to_do_(settings::global_work_to_do), done_(settings::global_work_done) {
+        settings::global_work_to_do = 0.0;
+    }
+    ~NoPercentage() {
+        settings::global_work_to_do = to_do_;
+        settings::global_work_done = done_;
+    }
+    NoPercentage(const NoPercentage&) = delete;
+    NoPercentage& operator=(const NoPercentage&) = delete;
+
+private:
+    double to_do_;
+    double done_;
+};
+
+void show_progress(int sample, int nb_samples) {
+    settings::set_message(("Computing likelihoods of genotypes: frequencies of sample " +
+                           std::to_string(sample + 1) + " of " + std::to_string(nb_samples) + "...")
+                              .c_str());
+    settings::print_message();
+}
 
 // Individuals that an entry stands for, in an estimation without one of them.
 double individuals_kept(const TPhenotype& entry, bool one_left_out) {
@@ -114,12 +141,17 @@ bool estimate_sample(Population& sample, int slot, int individual, bool known_ph
                      const Effort& effort) {
     const CopiesLeftOut left_out(sample, individual >= 0 ? kCopiesOfIndividual : 0.0);
     if (known_phase) count_haplotypes(sample, individual);
+    if (sample.sample_size <= 0.0) return !s.stopped();
     TPhenDB part;
     for (int locus = 0; locus < sample.phen_db.num_loci(); ++locus) {
         take_locus(part, sample, locus, individual);
         if (part.count > 0 && !estimate_locus(sample, slot, part, s, effort)) return false;
     }
     return !s.stopped();
+}
+
+bool is_seen(double frequency) {
+    return frequency >= kNoFrequency;
 }
 
 bool outside_bounds(double product) {
@@ -170,14 +202,13 @@ bool IndLikelihood::estimate_frequencies(int smaller_sample, int individual) {
                            above_zero(sett->MaximumNumOfIterationsEM, "MaximumNumOfIterationsEM")};
     samples->populations[0]->allele_db->create_pop_freq_vector(nb_samples);
     set_unseen_frequencies(smaller_sample);
-    // The estimate of the work to do takes no account of this one.
-    const double work_done = settings::global_work_done;
+    const NoPercentage plain_progress;
     bool done = true;
     for (int i = 0; i < nb_samples && done; ++i) {
+        show_progress(i, nb_samples);
         const int left_out = i == smaller_sample ? individual : -1;
         done = estimate_sample(*samples->populations[i], i, left_out, has_known_phase(), *sett, effort);
     }
-    settings::global_work_done = work_done;
     return done;
 }
 
@@ -227,7 +258,7 @@ void IndLikelihood::likelihoods_of_loci(const TPhenotype& genotype) {
     const auto& a = genotype.pseudo_hapl[0]->alleles;
     const auto& b = genotype.pseudo_hapl[1]->alleles;
     const std::size_t nb_samples = product_.size();
-    const auto seen_or = [](double f, double unseen) { return f < kNoFrequency ? unseen : f; };
+    const auto seen_or = [](double f, double unseen) { return is_seen(f) ? f : unseen; };
     for (int locus = 0; locus < genotype.num_loci(); ++locus) {
         const double* const f_a = frequencies(a.at_const(locus));
         const double* const f_b = frequencies(b.at_const(locus));
@@ -260,17 +291,17 @@ void IndLikelihood::likelihoods_of_haplotypes(const TPhenotype& genotype) {
 void IndLikelihood::run() {
     std::ostream& out = *sett->result_stream;
     const FormatGuard guard(out);
-    settings::set_message("Computing likelihoods of genotypes...");
-    settings::print_message();
     for (const Population* sample : samples->populations)
         col_width = std::max(col_width, static_cast<int32_t>(sample->name.view().size()));
     print_head(out);
     print_labels(out);
     if (calc_alleles_freqs()) {
+        print_notes(out);
         print_tables(out);
     } else {
         out << "\nThe work was stopped, no likelihood is computed.\n";
     }
+    out << '\n';
     forget_frequencies();
 }
 
@@ -299,6 +330,31 @@ void IndLikelihood::print_labels(std::ostream& out) const {
         out << "       " << i + 1 << ":\t" << escape_text(samples->populations[i]->name.view()) << '\n';
     }
     close_table(out, tag);
+}
+
+// Whether missing data are among the alleles that were counted.
+bool IndLikelihood::has_missing_data() const {
+    if (samples->populations.count == 0) return false;
+    const auto is_counted = [this](const TAllele* allele) {
+        const auto& f = allele->pop_freqs;
+        return allele->is_char(samples->MissingData) && std::any_of(f.begin(), f.end(), is_seen);
+    };
+    const TAlleleDB& loci = *samples->populations[0]->allele_db;
+    return std::any_of(loci.begin(), loci.end(), [&](const TLocus* locus) {
+        return std::any_of(locus->begin(), locus->end(), is_counted);
+    });
+}
+
+// What the numbers of the tables are, and which of them mean little.
+void IndLikelihood::print_notes(std::ostream& out) const {
+    out << "\nNatural logarithms of the likelihoods, "
+        << (has_known_phase() ? "haplotypes being taken as wholes.\n"
+                              : "locus by locus, whether the gametic phase is known or not.\n");
+    if (has_missing_data()) out << "Missing data count as an allele of their own.\n";
+    for (int i = 0; i < samples->populations.count; ++i) {
+        if (samples->populations[i]->sample_size <= 0.0)
+            out << "Sample " << i + 1 << " has no individuals, its column means nothing.\n";
+    }
 }
 
 void IndLikelihood::print_tables(std::ostream& out) {

@@ -41,8 +41,9 @@ public:
     //   initial_min_freq   min_freq until a likelihood is computed
     IndLikelihood(Samples& all_samples, settings& s, const double& initial_min_freq);
 
-    // Computes and prints everything: the entry of the tree, citations, labels of the samples, and for
-    // each sample a table of its individuals. A run that is stopped gets a text in place of the tables.
+    // Computes and prints everything: the entry of the tree, citations, labels of the samples, notes on
+    // what the numbers are, and for each sample a table of its individuals. A run that is stopped gets
+    // a text in place of the tables.
     // Reads:    GenotypicData and GameticPhase of the samples
     // Writes:   the result stream of sett. At the end no allele has pop_freqs, and hapl_db of the
     //           samples is empty
@@ -74,7 +75,8 @@ public:
     //   unknown phase   ln prod_l (2 if a and b differ) f_a f_b over the alleles a, b of locus l
     //   known phase     ln (2 if h and k differ) f_h f_k for its haplotypes h, k
     //
-    // An allele with a frequency below 1e-15, or a haplotype that is not found, has min_freq instead.
+    // An allele with a frequency below 1e-15, or a haplotype that is not found, has min_freq instead:
+    // 1 in a sample without individuals, which so seems to be the most likely one.
     // Returns:  valid until the next call; not numbers for a genotype without allele vectors
     // Writes:   min_freq
     const std::vector<double>& log_likelihoods(const TPhenotype& genotype);
@@ -89,6 +91,8 @@ private:
     void likelihoods_of_haplotypes(const TPhenotype& genotype);
     void print_head(std::ostream& out) const;
     void print_labels(std::ostream& out) const;
+    bool has_missing_data() const;
+    void print_notes(std::ostream& out) const;
     void print_tables(std::ostream& out);
 
     std::vector<double> unseen_;   // owned: min_freq of each sample

@@ -17,6 +17,7 @@
 #include "model/popul_standard.h"
 #include "results/citations.h"
 #include "results/xml_tags.h"
+#include "run/process.h"
 #include "run/settings.h"
 #include "support/captured_log.h"
 #include "support/seeded_stream.h"
@@ -167,6 +168,25 @@ TEST_F(Assignment, TheWorkIsNotCountedAsDone) {
     mnd::settings::global_work_done = 0.0;
 }
 
+// The estimate of the work to do does not hold this work: a share of it would be wrong.
+TEST_F(Assignment, ProgressHasNoPercentage) {
+    make_two_samples(kUnknown);
+    const bool were_silent = mnd::silentMendrake;
+    mnd::silentMendrake = false;
+    mnd::settings::old_message[0] = '\0';
+    mnd::settings::global_work_to_do = 1000.0;
+    mnd::settings::global_work_done = 10.0;
+    testing::internal::CaptureStdout();
+    analysis().run();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Computing likelihoods of genotypes: frequencies of sample 1 of 2...\n"
+              "Computing likelihoods of genotypes: frequencies of sample 2 of 2...\n");
+    EXPECT_EQ(mnd::settings::global_work_to_do, 1000.0);
+    EXPECT_EQ(mnd::settings::global_work_done, 10.0);
+    mnd::settings::global_work_to_do = mnd::settings::global_work_done = 0.0;
+    mnd::silentMendrake = were_silent;
+}
+
 TEST_F(Assignment, WithoutNumbersOfStartsAndIterationsTheUsualOnesAreTaken) {
     make_two_samples(kUnknown);
     s().InitialConditionsEM = 0;
@@ -266,6 +286,14 @@ TEST_F(Assignment, ASampleWithoutIndividualsSaysNothing) {
     ASSERT_TRUE(analysis().calc_alleles_freqs());
     EXPECT_NEAR(log_likelihood(0, 0, 1), std::log(2.0), 1e-15);
     EXPECT_NEAR(log_likelihood(0, 1, 1), 0.0, 1e-15);
+}
+
+TEST_F(Assignment, ASampleOfNoSizeSaysNothingEither) {
+    make_two_samples(kUnknown);
+    sample(0).sample_size = 0.0;
+    ASSERT_TRUE(analysis().calc_alleles_freqs());
+    EXPECT_DOUBLE_EQ(frequency(0, "A", 0), 0.0);
+    EXPECT_NEAR(log_likelihood(0, 0, 0), std::log(2.0), 1e-15);
 }
 
 TEST_F(Assignment, AGenotypeWithoutAllelesHasNoLikelihood) {
@@ -484,13 +512,59 @@ TEST_F(Assignment, DocumentByHand) {
                               "------------  \t----------\n"
                               "       1:\tNorth\n"
                               "       2:\tSouth\n"
+                              "\nNatural logarithms of the likelihoods, locus by locus, whether the "
+                              "gametic phase is known or not.\n"
                               "\nSample 1\n----------\n"
                               "          \t         1         2\n"
                               "         a\t    -1.556   -12.396\n"
                               "         b\t    -1.556   -16.758\n"
                               "\nSample 2\n----------\n"
                               "          \t         1         2\n"
-                              "         c\t   -11.498     0.000\n");
+                              "         c\t   -11.498     0.000\n\n");
+}
+
+TEST_F(Assignment, SaysWhetherHaplotypesAreWholes) {
+    make_two_samples(kKnown);
+    analysis().run();
+    EXPECT_TRUE(contains(document(),
+                         "       2:\tSouth\n"
+                         "\nNatural logarithms of the likelihoods, haplotypes being taken as wholes.\n"
+                         "\nSample 1\n"));
+}
+
+TEST_F(Assignment, SaysThatMissingDataAreCounted) {
+    start(kUnknown);
+    add("North", "a 1 A x\n B ?\n");
+    add("South", "b 1 B x\n B x\n");
+    prepare();
+    analysis().run();
+    EXPECT_TRUE(contains(document(),
+                         " known or not.\n"
+                         "Missing data count as an allele of their own.\n"
+                         "\nSample 1\n"));
+}
+
+// Individuals without any data are taken out of a sample, their alleles stay in the store.
+TEST_F(Assignment, SaysNothingOfMissingDataThatAreNotCounted) {
+    make_two_samples(kUnknown);
+    sample(0).allele_db->insert_allele(1, "?", 1.0);
+    analysis().run();
+    EXPECT_FALSE(contains(document(), "Missing data"));
+}
+
+TEST_F(Assignment, SaysWhichSamplesHaveNoIndividuals) {
+    start(kUnknown);
+    add("North", "a 1 A\n B\n");
+    add("Empty", "");
+    add("South", "b 1 A\n B\n");
+    add("Bare", "");
+    prepare();
+    analysis().run();
+    EXPECT_TRUE(contains(document(),
+                         " known or not.\n"
+                         "Sample 2 has no individuals, its column means nothing.\n"
+                         "Sample 4 has no individuals, its column means nothing.\n"
+                         "\nSample 1\n"));
 }
 
 TEST_F(Assignment, ColumnsAreAsWideAsTheLongestNameOfASample) {

@@ -54,7 +54,8 @@ private:
 TEST_F(AssignmentRuns, MicrosatellitesOfSeventeenColonies) {
     const std::string document = analyse("cats_microsat", "TaskNumber=32768\n");
     EXPECT_TRUE(contains(document, "       1:\tcolony1\n"));
-    EXPECT_TRUE(contains(document, "       17:\tcolony17\n\nSample 1\n----------\n"));
+    EXPECT_TRUE(contains(document, "       17:\tcolony17\n\nNatural logarithms of the likelihoods, "));
+    EXPECT_TRUE(contains(document, "\nMissing data count as an allele of their own.\n\nSample 1\n"));
     EXPECT_TRUE(contains(document, "\n      N215\t   -14.792   -49.579   -40.253   -35.181   -35.307"));
     EXPECT_TRUE(contains(document, "\n      N146\t   -82.166   -25.198   -74.744   -77.371   -79.642"));
     EXPECT_EQ(count_of(document, "\nSample "), 18);  // the labels have one more
@@ -108,8 +109,9 @@ TEST_F(AssignmentRuns, ColoniesInTwoGroups) {
     EXPECT_LT(groups, document.find("== ANALYSES AT THE INTRA-GROUP LEVEL"));
     EXPECT_LT(document.find("== ANALYSES AT THE INTRA-GROUP LEVEL"), colonies);
     EXPECT_LT(colonies, document.find("== ANALYSES AT THE INTRA-POPULATION LEVEL"));
+    EXPECT_TRUE(contains(document, "       2:\tGroup 2\n\nNatural logarithms"));
     EXPECT_TRUE(contains(document,
-                         "       2:\tGroup 2\n\nSample 1\n----------\n"
+                         "\nMissing data count as an allele of their own.\n\nSample 1\n----------\n"
                          "          \t         1         2\n"
                          "        N7\t   -27.880   -31.019\n"
                          "      N141\t   -24.026   -35.634\n"));
