@@ -111,6 +111,11 @@ void PopGenetics::initialize_results() {
     mean_pairwise_diff = sd_pairwise_diff = nucl_diversity = sd_nucl_diversity = 0.0;
     theta_S = sd_theta_S = theta_hom = sd_theta_hom = theta_pi = sd_theta_pi = 0.0;
     theta_k = theta_k_lower = theta_k_upper = 0.0;
+    static_cast<TajimaResult&>(*this) = TajimaResult{};
+    obs_F = exp_F = slatkin_obs = fu_Fs = fu_theta_pi = 0.0;
+    ew_p = slatkin_p = p_exactly_k = p_k_or_more = fu_p = -1.0;
+    slatkin_test = 0;
+    sampler.reset();
     mean_allele_sizes.clear();
     locus_heterozygosity.clear();
     locus_nb_alleles.clear();

@@ -26,6 +26,7 @@ namespace mnd {
 
 class settings;
 class DistMat;
+class ConfigurationSampler;
 
 // The number that stands for infinity in printed results: the largest of single precision.
 inline constexpr double kNumericalInfinity = 3.4028234663852886e+38;
@@ -301,7 +302,7 @@ public:
     // Releases the table.
     void clear_table(int* hw_info);
     // One long chain, whose steps go to about sqrt(steps) batches in turn.
-    //   stat     0
+    //   stat     0. Reports 0 when its batches do not fit into memory, and runs no chain
     // Writes:    hw_p_value, and hw_precision: its s.d. from the batches. Without a chain, or when
     //            the work was stopped, P stays, the s.d. and steps_done are 0
     // Kept on purpose: the burn-in is MarkovChainDememorisationStepsLD, not that of the document.
@@ -319,9 +320,15 @@ public:
     int make_hw_test1(TPhenDB const& phen, double& stat, settings& s, int* hw_info);
 };
 
+// Result of Tajima's test.
+struct TajimaResult {
+    double tajima_D = 0.0;
+    double tajima_p = -1.0;  // -1: D could not be computed, or was not tested
+};
+
 // Locus comparison, indices and analysis results common to all data types. Only its four
 // subclasses are analysed.
-class PopGenetics : public Population {
+class PopGenetics : public Population, public TajimaResult {
 public:
     // Comparison of the loci, written by evaluate_polymorphism.
     int nb_polym_loci = 0;              // polymorphic among the usable loci
@@ -362,6 +369,20 @@ public:
     double theta_k = 0.0;        // from the number of alleles
     double theta_k_lower = 0.0;  // its 95 % confidence limits
     double theta_k_upper = 0.0;
+
+    // Tests of neutrality; P-values are -1 when not tested.
+    double obs_F = 0.0;         // sum of squared haplotype frequencies
+    double exp_F = 0.0;         // its mean over simulated samples
+    double ew_p = -1.0;         // share of simulated samples with a sum that is not above obs_F
+    double slatkin_obs = 0.0;   // statistic of Slatkin's test
+    double slatkin_p = -1.0;    // share of simulated samples with one that is not above it
+    int slatkin_test = 0;       // 1 while simulated samples are counted for Slatkin's test
+    double p_exactly_k = -1.0;  // Chakraborty's test: P of the observed number of alleles
+    double p_k_or_more = -1.0;  // and of at least as many
+    double fu_Fs = 0.0;         // +/- kNumericalInfinity when it is not finite
+    double fu_p = -1.0;         // share of simulated Fs that are not above fu_Fs
+    double fu_theta_pi = 0.0;   // theta(Pi) without indels, on which Fs rests
+    std::shared_ptr<ConfigurationSampler> sampler;  // owned: of the test under way, or null
 
     // Indices per locus.
     std::vector<double> mean_allele_sizes;          // owned: microsatellites, mean size
@@ -448,6 +469,53 @@ public:
     double k_est(const double& theta, const int& n);
     // Mean allele sizes of microsatellite loci, into mean_allele_sizes.
     void computeMeanAlleleSizes();
+
+    // --- Neutrality (within/ewens_watterson.cpp, chakraborty.cpp, fu_fs.cpp, tajima.cpp) ---
+    //
+    // The probabilities of the number of alleles are those of Ewens 1972 (within/ewens_sampling.h)
+    // with the shared table of B numbers, which is made or grown; 0 beyond its limits.
+
+    // The tests of Ewens and Watterson and of Slatkin, with their block in out and their row in
+    // the batch summary.
+    //   alleles   one record per allele: its count in freq, the square in sd; descending counts
+    // Reads:     NumIterationsNeutralityTests; none: P-values stay -1
+    // Writes:    obs_F, exp_F, ew_p, slatkin_obs, slatkin_p; settings::global_work_done
+    // Draws:     per simulated sample one less than there are alleles
+    // A stopped run leaves P-values at -1 and writes no results.
+    void EW_neutrality_tests(settings& s, std::ostream& out, MY_TISArrayAsVector<AHaplFreq> const& alleles);
+    // One random configuration of sample_size gene copies with ranks.count alleles.
+    //   ranks            its counts are added, in descending order, to freq, their squares to sd
+    //   obs_F            count_F gains 1 when the F drawn is not above it
+    //   class_counts     written with slatkin_test: alleles of each count, 0 .. n
+    //   count_slatkin    gains 1, with slatkin_test, when the statistic drawn is not above slatkin_obs
+    // Returns:   F, the sum of squared frequencies in ascending order
+    // Draws:     one less than there are alleles
+    double compute_rand_frequencies_and_F(MY_TISArrayAsVector<AHaplFreq>& ranks, double const& obs_F,
+                                          double& count_F, int*& class_counts, double& count_slatkin);
+    // Count, and its square, of the first allele of a random configuration of n copies and k alleles.
+    // Draws:     1, or none for one allele
+    void get_first_rand_freq(AHaplFreq& first, int const& k, int const& n);
+    // Chakraborty's test of population amalgamation: the number of alleles expected under the theta
+    // of the homozygosity. From hapl_list, or from records as above.
+    // Writes:    p_exactly_k, p_k_or_more, exp_k, theta_hom and the indices it rests on
+    void Chakraborty_neutr_test(std::ostream& out);
+    void Chakraborty_neutr_test(std::ostream& out, MY_TISArrayAsVector<AHaplFreq> const& alleles);
+    // P(K = k) and P(K < k) among n gene copies under theta.
+    double proba_exactly_k(int const& k, int const& n, double const& theta);
+    double proba_less_than_k(int const& k, int const& n, double const& theta);
+    // Fs = ln(S'/(1 - S')), S' = P(K >= k) under theta.
+    //   report    warnings are reported: 187 without diversity, 179 for too large a sample, 178 for
+    //             S' out of range
+    //   Fs        +/- kNumericalInfinity when S' is 1 or 0, or theta not positive; left as it was
+    //             when the sample is too large or S' out of range
+    // Returns:   1 if Fs is finite
+    int Fu_Fs(double const& theta, int const& k, double& Fs, bool report);
+    // Tajima's D of S segregating sites and pi differences per pair among n gene copies. P becomes
+    // -1 when D can't be computed, which is then 0.
+    // Returns:   where tajima_D and tajima_p are stored
+    const TajimaResult* tajimaD(int const& n, double const& pi, double const& S);
+    // The same for replicates: no check of the last digit of the numerator, nor of e2.
+    const TajimaResult* fast_tajimaD(int const& n, double const& pi, double const& S);
     // The tables of allele numbers and heterozygosity per locus, for haplotypes and genotypes.
     void OutputAllelelNumberAndHetPerLocusHapl(settings& s);
     void OutputAllelelNumberAndHetPerLocusDipl(settings& s);
