@@ -350,7 +350,8 @@ void Project::assign_individuals() {
 //   label, heading   how the tree and the document name this level
 void Project::analyse_samples(std::fstream& results, const char* label, const char* heading) {
     settings& s = the_settings;
-    if ((s.TaskNumber & kTaskAssignment) != 0) assign_individuals();
+    // Haplotypes belong to nobody; a group pass brings the task back that the checks skipped for them.
+    if ((s.TaskNumber & kTaskAssignment) != 0 && samples->GenotypicData != 0) assign_individuals();
     if ((s.TaskNumber & kPerSampleTasks) == 0) return;
     TJSOut(s.js_file_name.c_str()).aux(2, label, "");
     write_level_heading(results, heading);

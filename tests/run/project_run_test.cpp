@@ -434,6 +434,18 @@ TEST_F(ProjectRun, AssignmentOfGroupsPoolsTheirSamples) {
                          "         c\t    -0.446\n"));
 }
 
+TEST_F(ProjectRun, AssignmentOfHaplotypesStaysSkippedAfterAGroupPass) {
+    write_text(folder / "a.mnp", dna_project());
+    group_samples();
+    ASSERT_TRUE(
+        run("a", settings_of(kTaskStandardIndices | kTaskAssignment, "ComputeSumStatsWithinGroups=1\n")));
+    EXPECT_TRUE(contains(document("a"), "== Standard diversity indices : (North)"));
+    EXPECT_FALSE(contains(document("a"), "== LIKELIHOOD OF INDIVIDUAL GENOTYPES"));
+    EXPECT_FALSE(contains(document("a", ".js"), "Genotype assignment"));
+    EXPECT_TRUE(log.holds("      skipping the task...\n"));
+    EXPECT_FALSE(log.holds("Computing likelihoods of genotypes..."));
+}
+
 TEST_F(ProjectRun, SelectionWithoutGroupsSaysThatItIsImpossible) {
     write_text(folder / "a.mnp", dna_project());
     ASSERT_TRUE(run("a", settings_of(0, "DetectSelectedLoci=1\n")));
