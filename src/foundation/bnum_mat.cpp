@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstddef>
 #include <fstream>
 #include <utility>
@@ -143,6 +144,22 @@ std::istream& operator>>(std::istream& is, BnumMat& S) {
     }
     if (!is) report(Error, "operator>>(istream& is, BnumMat& M)", kInvalidStream);
     return is;
+}
+
+void next_b_numbers(long double* row, int genes, int k) {
+    for (int j = std::min(genes, k); j > 1; --j)
+        row[j - 1] = j == genes ? 1.0L : (j * row[j - 2] + (genes - 1.0L) * row[j - 1]) / genes;
+    row[0] = 1.0L / genes;
+}
+
+std::vector<long double> long_b_numbers(int n, int k, const BnumMat& B) {
+    const double* const cells = B.data[n - 1];
+    if (std::all_of(cells, cells + k, [](double b) { return std::isfinite(b); })) return {cells, cells + k};
+    std::vector<long double> row(static_cast<std::size_t>(k), 0.0L);
+    row[0] = 1.0L;
+    for (int genes = 2; genes <= n; ++genes)
+        next_b_numbers(row.data(), genes, k);
+    return row;
 }
 
 }  // namespace mnd

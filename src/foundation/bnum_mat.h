@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <vector>
 
 #include "foundation/my_string.h"
 
@@ -68,5 +69,14 @@ private:
 // read, has cols above rows, a negative size or more cells than 100 million raises the error
 // 10 and changes nothing.
 std::istream& operator>>(std::istream& is, BnumMat& S);
+
+// B(n, 1) .. B(n, k) in extended precision: those of the table B where they are finite. Of large
+// samples they are beyond double precision, B(1558, 890) is the first; they are then formed anew.
+//   n, k   1 <= k <= n, of at most B.rows and B.cols
+std::vector<long double> long_b_numbers(int n, int k, const BnumMat& B);
+
+// Takes the B numbers of one gene more: from B(genes - 1, j) to B(genes, j) at row[j - 1], j = 1 .. k,
+// in place; genes of 2 or more.
+void next_b_numbers(long double* row, int genes, int k);
 
 }  // namespace mnd

@@ -88,31 +88,10 @@ long double expected_alleles(double theta, int n) {
     return k;
 }
 
-// B numbers of n genes and 1 .. k alleles, by their recursion. Of large samples they are
-// beyond double precision: B(1558, 890) is the first.
-std::vector<long double> long_b_numbers(int n, int k) {
-    std::vector<long double> row(static_cast<std::size_t>(k), 0.0L);
-    row[0] = 1.0L;
-    for (int genes = 2; genes <= n; ++genes) {
-        for (int j = std::min(genes, k); j > 1; --j) {
-            const auto i = static_cast<std::size_t>(j) - 1;
-            row[i] = j == genes ? 1.0L : (j * row[i - 1] + (genes - 1.0L) * row[i]) / genes;
-        }
-        row[0] = 1.0L / genes;
-    }
-    return row;
-}
-
-std::vector<long double> b_numbers(int n, int k, const BnumMat& B) {
-    const double* row = B.data[n - 1];
-    if (std::all_of(row, row + k, [](double b) { return std::isfinite(b); })) return {row, row + k};
-    return long_b_numbers(n, k);
-}
-
 // Distribution of the number of alleles K among n gene copies.
 class AlleleNumber {
 public:
-    AlleleNumber(int k, int n, const BnumMat& B) : n_(n), terms_(b_numbers(n, k, B)) {
+    AlleleNumber(int k, int n, const BnumMat& B) : n_(n), terms_(long_b_numbers(n, k, B)) {
         long double log_factorial = 0.0L;
         for (std::size_t j = 0; j < terms_.size(); ++j) {
             log_factorial += std::log(static_cast<long double>(j + 1));

@@ -44,8 +44,7 @@ long double probability_below_k(int k, int n, double theta, const BnumMat& B);
 // copies with the probability B(m - c, j - 1)/(c B(m, j)), c = 1 .. m + 1 - j; the last takes what
 // remains. The running sums over c are kept, for the states (m, j) seen, as long as there is room
 // for them: a draw is then a binary search in the same sums.
-// Source: Stewart 1977, The algorithm of the Fuerst, Chakraborty and Nei program, cited by
-//         Watterson 1978, Genetics 88:405-417
+// Source: Stewart 1977, Genetics 86:482-483
 class ConfigurationSampler {
 public:
     // Room for running sums that a sampler takes at most, in numbers.
@@ -80,7 +79,7 @@ private:
     int next_count(int m, int j);
     int count_by_sums(int m, int j, double u, State& state);
     int count_without_sums(int m, int j, double u) const;
-    int count_in_long_table(int m, int j, double u) const;
+    int count_in_long_table(int m, int j, double uniform) const;
     bool give_room(State& state, int length);
 
     int n_;
