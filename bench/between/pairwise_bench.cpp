@@ -50,7 +50,7 @@ void BM_PairwiseTests(benchmark::State& state) {
     for (int i = 0; i < nb_samples; ++i)
         samples.push_back(random_sample(random, copies, 200));
     mnd::PairTestPlan plan;
-    plan.permutations = mnd::plan_permutations(1000);
+    plan.permutations = mnd::plan_batches(1000);
     const mnd::settings s;
     const mnd::PairDesign design = mnd::pair_design(copies, copies);
     for (auto _ : state) {

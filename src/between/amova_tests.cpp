@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <ctime>
 #include <iomanip>
+#include <span>
 #include <utility>
 
 #include "between/amova_designs.h"
@@ -59,7 +60,7 @@ constexpr std::array<std::vector<double> amova_results::*, 4> kNullArrays = {
 // once, from the observed arrangement.
 class DesignTests {
 public:
-    DesignTests(Amova& analysis, const DesignPlan& plan, const PermutationPlan& permutations);
+    DesignTests(Amova& analysis, const DesignPlan& plan, const BatchPlan& permutations);
 
     // Runs all tests and writes their results. Returns: false when stopped or without a file
     bool run();
@@ -94,7 +95,7 @@ public:
 private:
     Amova& a_;
     const DesignPlan& plan_;
-    PermutationPlan permutations_;
+    BatchPlan permutations_;
     std::vector<int> sizes_;  // gene copies of each sample, in the order of all_pops
     PairSums sums_;
     std::vector<double> ssd_;  // of each sample, as the last permutation gave them
@@ -135,7 +136,7 @@ std::vector<int> copies_of(const Amova& analysis) {
     return {first, first + static_cast<std::ptrdiff_t>(std::min(n, analysis.haplo_index.size()))};
 }
 
-DesignTests::DesignTests(Amova& analysis, const DesignPlan& plan, const PermutationPlan& permutations)
+DesignTests::DesignTests(Amova& analysis, const DesignPlan& plan, const BatchPlan& permutations)
     : a_(analysis),
       plan_(plan),
       permutations_(permutations),
@@ -482,20 +483,11 @@ void end_summary_row(std::int64_t num_perm, const std::vector<double>& p_values)
 
 }  // namespace
 
-PermutationPlan plan_permutations(std::int64_t requested) {
-    if (requested < 1) return {};
-    PermutationPlan plan;
-    plan.classes = static_cast<std::int64_t>(std::sqrt(static_cast<double>(requested)));
-    plan.per_class = requested / plan.classes + 1;
-    plan.total = plan.classes * plan.per_class;
-    return plan;
-}
-
-HitCounter::HitCounter(double observed, Tail tail, const PermutationPlan& plan)
+HitCounter::HitCounter(double observed, Tail tail, const BatchPlan& plan)
     : observed_(observed),
       tail_(tail),
       plan_(plan),
-      hits_(static_cast<std::size_t>(plan.classes) + 2, 0.0F) {}
+      hits_(static_cast<std::size_t>(plan.batches) + 2, 0.0F) {}
 
 void HitCounter::add(double value) {
     const bool equal = std::fabs(value - observed_) < kAmovaEpsilon;
@@ -506,7 +498,7 @@ void HitCounter::add(double value) {
     greater_ += greater ? 1 : 0;
     const bool is_hit = equal || (tail_ == Tail::kLower ? less : greater);
     if (is_hit) hits_[static_cast<std::size_t>(cell_)] += 1.0F;
-    if (++cell_ >= plan_.classes) cell_ = 0;
+    if (++cell_ >= plan_.batches) cell_ = 0;
 }
 
 double HitCounter::proportion(std::int64_t hits) const {
@@ -514,16 +506,8 @@ double HitCounter::proportion(std::int64_t hits) const {
 }
 
 float HitCounter::error() const {
-    if (plan_.classes <= 1) return 0.0F;
-    const float p = static_cast<float>(p_value());
-    const float per_class = static_cast<float>(plan_.per_class);
-    const float S = static_cast<float>(plan_.classes);
-    float sum = 0.0F;
-    for (std::int64_t k = 0; k < plan_.classes; ++k) {
-        const float deviation = hits_[static_cast<std::size_t>(k)] / per_class - p;
-        sum += deviation * deviation;
-    }
-    return std::sqrt(sum / ((S - 1.0F) * S));
+    const auto batches = static_cast<std::size_t>(plan_.batches);
+    return batch_error(std::span(hits_).first(batches), plan_.per_batch, static_cast<float>(p_value()));
 }
 
 void print_tests_heading(std::ostream& out, std::int64_t num_perm) {
@@ -544,7 +528,7 @@ void print_test(std::ostream& out, const char* prefix, Tail tail, const HitCount
 
 int test_components(Amova& analysis, std::int32_t design) {
     const DesignPlan* const plan = plan_of_design(design);
-    const PermutationPlan permutations = plan_permutations(analysis.num_perm);
+    const BatchPlan permutations = plan_batches(analysis.num_perm);
     analysis.num_perm = 0;
     clear_null_arrays(analysis.results);
     if (plan == nullptr || permutations.total == 0) {

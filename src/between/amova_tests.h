@@ -12,18 +12,9 @@
 #include <vector>
 
 #include "between/amova.h"
+#include "foundation/batch_stat.h"
 
 namespace mnd {
-
-// Permutations of a test, and their division into classes that give its error.
-struct PermutationPlan {
-    std::int64_t classes = 0;    // whole part of the square root of the number asked for
-    std::int64_t per_class = 0;  // permutations in each class
-    std::int64_t total = 0;      // classes x per_class, a little more than asked for
-};
-
-// Plan for a number of permutations asked for; all 0 when that is below 1.
-PermutationPlan plan_permutations(std::int64_t requested);
 
 // The side on which values speak against the hypothesis of no structure.
 enum class Tail { kLower, kUpper };
@@ -31,7 +22,8 @@ enum class Tail { kLower, kUpper };
 // Counters of one test.
 class HitCounter {
 public:
-    HitCounter(double observed, Tail tail, const PermutationPlan& plan);
+    // plan   the permutations of the test, and the batches that give its error
+    HitCounter(double observed, Tail tail, const BatchPlan& plan);
 
     // Counts the component of the next permutation: as equal when it is closer than
     // kAmovaEpsilon to the observed one, else as beyond when it lies on the side of the tail.
@@ -41,19 +33,19 @@ public:
     double beyond() const { return proportion(nb_beyond()); }
     double equal() const { return proportion(equal_); }
     double p_value() const { return proportion(nb_beyond() + equal_); }
-    // Standard deviation of p_value from its variation among the classes, to which the
-    // permutations go in turn; in single precision. 0 with a single class.
+    // Standard deviation of p_value from its variation among the batches, to which the
+    // permutations go in turn; in single precision. 0 with a single batch.
     float error() const;
 
 private:
     double observed_;
     Tail tail_;
-    PermutationPlan plan_;
+    BatchPlan plan_;
     std::int64_t less_ = 0;
     std::int64_t equal_ = 0;
     std::int64_t greater_ = 0;
-    std::int64_t cell_ = 0;    // class of the next permutation
-    std::vector<float> hits_;  // hits of each class, two cells more than classes
+    std::int64_t cell_ = 0;    // batch of the next permutation
+    std::vector<float> hits_;  // hits of each batch, two cells more than batches
 
     std::int64_t nb_beyond() const { return tail_ == Tail::kLower ? less_ : greater_; }
     double proportion(std::int64_t hits) const;

@@ -88,7 +88,7 @@ void PairwiseComparison::allocate() {
     std::stable_sort(a_.all_pops.begin(), a_.all_pops.end(), [](const Population* x, const Population* y) {
         return x->amova.amova_id < y->amova.amova_id;
     });
-    plan_.permutations = plan_permutations(s_.NumPermutationsFST);
+    plan_.permutations = plan_batches(s_.NumPermutationsFST);
     plan_.shuffles_individuals = samples.GenotypicData != 0 && samples.GameticPhase == 0;
     plan_.solves_divergence = s_.UnequalPopSizeDiv != 0;
     results_ = std::make_unique<PairwiseResults>(static_cast<int>(a_.all_pops.size()),

@@ -1,7 +1,7 @@
 #include "between/pairwise_tests.h"
 
-#include <cmath>
 #include <cstddef>
+#include <span>
 
 #include "run/settings.h"
 
@@ -50,15 +50,15 @@ PairDivergence pair_divergence(const PairDifferences& d) {
     return divergence;
 }
 
-PairTestCounters::PairTestCounters(const PairObserved& observed, const PermutationPlan& plan)
-    : observed_(observed), plan_(plan), class_hits_(static_cast<std::size_t>(plan.classes) + 2, 0.0) {}
+PairTestCounters::PairTestCounters(const PairObserved& observed, const BatchPlan& plan)
+    : observed_(observed), plan_(plan), batch_hits_(static_cast<std::size_t>(plan.batches) + 2, 0.0) {}
 
 void PairTestCounters::count_component(double Va) {
     if (Va >= observed_.variance.Va - kAmovaEpsilon) {
         ++hits_;
-        class_hits_[static_cast<std::size_t>(cell_)] += 1.0;
+        batch_hits_[static_cast<std::size_t>(cell_)] += 1.0;
     }
-    if (++cell_ >= plan_.classes) cell_ = 0;
+    if (++cell_ >= plan_.batches) cell_ = 0;
 }
 
 void PairTestCounters::count_differences(const PairDifferences& differences) {
@@ -74,15 +74,8 @@ void PairTestCounters::count_divergence(double tau, double k, double theta) {
 }
 
 double PairTestCounters::error(double p) const {
-    const std::int64_t S = plan_.classes;
-    if (S < 2) return 0.0;
-    double sum = 0.0;
-    for (std::int64_t i = 0; i < S; ++i) {
-        const double deviation =
-            class_hits_[static_cast<std::size_t>(i)] / static_cast<double>(plan_.per_class) - p;
-        sum += deviation * deviation;
-    }
-    return std::sqrt(sum / (static_cast<double>(S - 1) * static_cast<double>(S)));
+    const auto batches = static_cast<std::size_t>(plan_.batches);
+    return batch_error(std::span(batch_hits_).first(batches), plan_.per_batch, p);
 }
 
 PairTestResult PairTestCounters::result() const {

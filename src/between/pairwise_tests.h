@@ -39,7 +39,7 @@ struct PairObserved {
 // Proportions of permutations with a statistic not below the observed one.
 struct PairTestResult {
     double fst_p = 0.0;      // of Va, which stands for FST: hits / (permutations + 1)
-    double fst_sd = 0.0;     // error of fst_p from its variation among classes; 0 with one class
+    double fst_sd = 0.0;     // error of fst_p from its variation among batches; 0 with one batch
     double pi_p = 0.0;       // of pi_XY: hits / permutations
     double pi_corr_p = 0.0;  // of the corrected difference
     double tau_p = 0.0;      // of the divergence: hits / permutations that were solved, 0 if none was
@@ -50,7 +50,7 @@ struct PairTestResult {
 // Counters of the tests of one pair.
 class PairTestCounters {
 public:
-    PairTestCounters(const PairObserved& observed, const PermutationPlan& plan);
+    PairTestCounters(const PairObserved& observed, const BatchPlan& plan);
 
     // Counts the component of the next permutation: a hit when it is above the observed one or
     // closer to it than kAmovaEpsilon.
@@ -68,9 +68,9 @@ public:
 
 private:
     PairObserved observed_;
-    PermutationPlan plan_;
-    std::vector<double> class_hits_;  // hits of each class, two cells more than classes
-    std::int64_t cell_ = 0;           // class of the next permutation
+    BatchPlan plan_;
+    std::vector<double> batch_hits_;  // hits of each batch, two cells more than batches
+    std::int64_t cell_ = 0;           // batch of the next permutation
     std::int64_t hits_ = 0;
     std::int64_t pi_hits_ = 0;
     std::int64_t corrected_hits_ = 0;
@@ -84,7 +84,7 @@ private:
 
 // How the tests of a pair run.
 struct PairTestPlan {
-    PermutationPlan permutations;
+    BatchPlan permutations;
     bool shuffles_individuals = false;
     bool solves_divergence = false;
 };

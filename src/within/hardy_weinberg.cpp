@@ -4,6 +4,8 @@
 #include <climits>
 #include <iomanip>
 #include <new>
+#include <numeric>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -14,6 +16,7 @@
 #include "foundation/special_functions.h"
 #include "model/integer_part.h"
 #include "model/population.h"
+#include "run/errors.h"
 #include "run/settings.h"
 #include "within/genotype_chain.h"
 
@@ -180,6 +183,10 @@ namespace {
 
 constexpr double kWorkUnitsPerStep = 0.001;
 
+// Batches that a long chain counts hits for. More would take the memory of the machine, for chains
+// of 10^16 steps and more, which take years.
+constexpr std::int64_t kMostSlots = 100'000'000;
+
 void report_swap_failure() {
     report(Error, "Population::swap_in_table2()", kInvalidContingencyTableIndex);
 }
@@ -206,7 +213,9 @@ double share(std::int64_t hits, std::int64_t steps) {
 
 // The work of make_hw_test2 on its table.
 //   result   stays without a chain or after a stop
+// Throws:   std::bad_alloc for more batches than there can be
 void run_long_chain(CountTable& table, const BatchPlan& plan, const settings& s, ChainResult& result) {
+    if (plan.batches > kMostSlots) throw std::bad_alloc();
     GenotypeChain chain(table);
     std::vector<std::int64_t> hits(static_cast<std::size_t>(plan.batches), 0);
     bool in_range = chain.run(s.MarkovChainDememorisationStepsLD);
@@ -219,58 +228,66 @@ void run_long_chain(CountTable& table, const BatchPlan& plan, const settings& s,
         report_swap_failure();
         return;
     }
-    std::vector<double> shares;
-    std::int64_t total = 0;
-    for (const std::int64_t of_batch : hits) {
-        shares.push_back(share(of_batch, plan.per_batch));
-        total += of_batch;
-    }
-    result.steps_done = plan.total();
-    result.p_value = share(total, plan.total());
-    result.sd = batch_error<double>(shares, result.p_value);
+    const std::int64_t total = std::accumulate(hits.begin(), hits.end(), std::int64_t{0});
+    result.steps_done = plan.total;
+    result.p_value = share(total, plan.total);
+    result.sd = batch_error(std::span(hits), plan.per_batch, result.p_value);
 }
 
 // The work of make_hw_test3 on its table.
 //   result   stays without a chain or after a stop
+// Throws:   std::bad_alloc for more batches than there can be
 void run_short_chains(CountTable& table, const BatchPlan& plan, const settings& s, ChainResult& result) {
     const double precision = s.PrecisionOnPValueHW;
     const std::vector<std::int32_t> observed = table.cells();
     ChainResult so_far{0.0, 1.0, 0};
-    std::vector<double> shares;
+    std::vector<std::int64_t> hits;
     std::int64_t total = 0;
     bool is_last = false;
     for (std::int64_t b = 0; b < plan.batches && !is_last; ++b) {
         table.cells() = observed;
         GenotypeChain chain(table);
-        std::int64_t hits = 0;
-        if (!chain.run(s.MarkovChainDememorisationStepsLD) || !chain.run(plan.per_batch, hits)) {
+        std::int64_t of_batch = 0;
+        if (!chain.run(s.MarkovChainDememorisationStepsLD) || !chain.run(plan.per_batch, of_batch)) {
             report_swap_failure();
             return;
         }
-        total += hits;
+        total += of_batch;
         so_far.steps_done += plan.per_batch;
         so_far.p_value = share(total, so_far.steps_done);
         // The error is that of the batches before this one.
-        if (b > 1) so_far.sd = batch_error<double>(shares, so_far.p_value);
+        if (b > 1) so_far.sd = batch_error(std::span(hits), plan.per_batch, so_far.p_value);
         is_last = b > 1 && so_far.sd < precision;
-        shares.push_back(share(hits, plan.per_batch));
+        hits.push_back(of_batch);
         add_work(kWorkUnitsPerStep * static_cast<double>(plan.per_batch));
         if (s.stopped()) return;
     }
     result = so_far;
 }
 
-using ChainRunner = void (*)(CountTable&, const BatchPlan&, const settings&, ChainResult&);
+void report_no_memory(const char* reporter, long steps, const BatchPlan& plan) {
+    report(Error, reporter, kNotEnoughMemory);
+    *_AOS_ << "\t\tThe Hardy-Weinberg test of " << steps << " steps goes in " << plan.batches
+           << " batches, for which there is no memory: test not done\n";
+}
+
+struct ChainDesign {
+    const char* reporter;
+    void (*run)(CountTable&, const BatchPlan&, const settings&, ChainResult&);
+};
+constexpr ChainDesign kLongChain = {"Population::make_hw_test2()", run_long_chain};
+constexpr ChainDesign kShortChains = {"Population::make_hw_test3()", run_short_chains};
 
 // A test from its table to its results in s.
-ChainResult run_test(Population& sample, long steps, settings& s, int* hw_info, ChainRunner run_chains) {
+ChainResult run_test(Population& sample, long steps, settings& s, int* hw_info, const ChainDesign& design) {
     ChainResult result{s.hw_p_value, 0.0, 0};
     if (begin_test(sample, steps, hw_info)) {
         const BatchPlan plan = plan_batches(steps);
-        if (plan.batches == 0) {
-            result.p_value = 0.0;
-        } else {
-            run_chains(sample.table, plan, s, result);
+        if (plan.batches == 0) result.p_value = 0.0;
+        try {
+            if (plan.batches > 0) design.run(sample.table, plan, s, result);
+        } catch (const std::bad_alloc&) {
+            report_no_memory(design.reporter, steps, plan);
         }
     }
     sample.clear_table(hw_info);
@@ -293,12 +310,12 @@ double Population::swap_in_table2(int* hw_info, long&) {
 
 void Population::make_hw_test2(long const& steps, double& stat, settings& s, long& steps_done, int* hw_info) {
     stat = 0.0;
-    steps_done = run_test(*this, steps, s, hw_info, run_long_chain).steps_done;
+    steps_done = run_test(*this, steps, s, hw_info, kLongChain).steps_done;
 }
 
 void Population::make_hw_test3(long const& steps, double& stat, settings& s, long& steps_done, int* hw_info) {
     stat = 0.0;
-    steps_done = run_test(*this, steps, s, hw_info, run_short_chains).steps_done;
+    steps_done = run_test(*this, steps, s, hw_info, kShortChains).steps_done;
 }
 
 int Population::make_hw_test1(TPhenDB const& phen, double& stat, settings& s, int* hw_info) {
@@ -374,7 +391,7 @@ private:
         row.test = result_of(&Population::make_hw_test2, locus);
         if (sample_.monomorphic != 0) {
             print_hw_monomorphic(out_);
-            if (ofs_HW != nullptr) *ofs_HW << "\tN.A.\tN.A.";
+            add_to_summary_row(row.test);
             return;
         }
         sample_.compute_locus_heterozygosity(locus, row.observed, row.expected, row.individuals);
@@ -399,6 +416,10 @@ private:
 
     void add_to_summary_row(const ChainResult& test) const {
         if (ofs_HW == nullptr) return;
+        if (test.steps_done == 0) {
+            *ofs_HW << "\tN.A.\tN.A.";
+            return;
+        }
         const FormatGuard guard(*ofs_HW);
         *ofs_HW << std::fixed << std::showpoint << std::setprecision(5) << '\t' << test.p_value << '\t'
                 << test.sd;

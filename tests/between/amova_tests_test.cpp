@@ -31,8 +31,6 @@ namespace {
 using mnd::Amova;
 using mnd::amova_results;
 using mnd::HitCounter;
-using mnd::PermutationPlan;
-using mnd::plan_permutations;
 using mnd::Tail;
 using mnd_test::AmovaData;
 using mnd_test::Copies;
@@ -740,17 +738,6 @@ TEST_F(AmovaTests, UnknownDesignHasNoTests) {
 
 // ---- Counts and errors
 
-TEST(PermutationPlan, IsASquareAndALittle) {
-    EXPECT_EQ(plan_permutations(1000).classes, 31);
-    EXPECT_EQ(plan_permutations(1000).per_class, 33);
-    EXPECT_EQ(plan_permutations(1000).total, 1023);
-    EXPECT_EQ(plan_permutations(1).classes, 1);
-    EXPECT_EQ(plan_permutations(1).total, 2);
-    EXPECT_EQ(plan_permutations(100).total, 110);
-    EXPECT_EQ(plan_permutations(0).total, 0);
-    EXPECT_EQ(plan_permutations(-3).total, 0);
-}
-
 TEST(HitCounter, CountsTiesWithinTheToleranceOnBothSides) {
     for (const Tail tail : {Tail::kLower, Tail::kUpper}) {
         HitCounter hits(0.5, tail, {1, 5, 5});
@@ -766,7 +753,7 @@ TEST(HitCounter, CountsTiesWithinTheToleranceOnBothSides) {
     }
 }
 
-// Three classes of two: the permutations 1, 4 go to the first, 2, 5 to the second, 3, 6 to the
+// Three batches of two: the permutations 1, 4 go to the first, 2, 5 to the second, 3, 6 to the
 // third. Hits are 1, 2, 4, 5 (the last one a tie): shares 1, 1, 0, p = 2/3, and the error
 // sqrt((1/9 + 1/9 + 4/9) / (2 * 3)) = 1/3.
 TEST(HitCounter, ErrorComesFromTheClassesInTurn) {
@@ -784,7 +771,7 @@ TEST(HitCounter, ValuesThatAreNoNumbersAreNoHits) {
     EXPECT_EQ(hits.p_value(), 0.0);
 }
 
-// Eight permutations: 3 beyond, 1 equal; by classes 2, 2, 0, 0 of two, so p = 1/2 and the error
+// Eight permutations: 3 beyond, 1 equal; by batches 2, 2, 0, 0 of two, so p = 1/2 and the error
 // sqrt(4 * 1/4 / 12) = 0.28868.
 TEST(PrintTest, LowerAndUpperTail) {
     HitCounter hits(0.0, Tail::kLower, {4, 2, 8});

@@ -245,7 +245,7 @@ TEST_F(CalcPairDist, PValuesAreThoseOfThePairsInTheirOrder) {
             const PairObserved observed = {
                 pair_variance(design, block.sums()), pair_differences(design, block.sums()), {}};
             PairTestPlan plan;
-            plan.permutations = plan_permutations(400);
+            plan.permutations = plan_batches(400);
             PairTestResult expected;
             ASSERT_TRUE(test_pair(block, design, observed, plan, data->s, expected));
             EXPECT_NEAR(fst_p[j][i], expected.fst_p, 0.5001e-5);

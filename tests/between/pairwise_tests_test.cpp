@@ -70,7 +70,7 @@ PairTestResult run_test(const Pair& pair, long permutations, bool individuals) {
     PairBlock block(pair.D, pair.rows, pair.n_i);
     const PairDesign design = pair_design(pair.n_i, static_cast<double>(pair.rows.size()) - pair.n_i);
     PairTestPlan plan;
-    plan.permutations = plan_permutations(permutations);
+    plan.permutations = plan_batches(permutations);
     plan.shuffles_individuals = individuals;
     const settings s;
     PairTestResult result;
@@ -252,7 +252,7 @@ TEST_F(PairTestStream, TheObservedArrangementIsAHit) {
         Pair pair;
         make(pair, 5, 4, 9, 1.0 / 3.0);
         const PairObserved observed = observe(pair);
-        PairTestCounters counters(observed, plan_permutations(1));
+        PairTestCounters counters(observed, plan_batches(1));
         PairBlock block(pair.D, pair.rows, pair.n_i);
         const PairSSD ssd = block.sums();
         const PairDesign design = pair_design(5.0, 4.0);
@@ -275,7 +275,7 @@ TEST_F(PairTestStream, StopsAtOnceWhenAskedTo) {
     settings s;
     s.stop_computations = 1;
     PairTestPlan plan;
-    plan.permutations = plan_permutations(1000);
+    plan.permutations = plan_batches(1000);
     PairTestResult result;
     result.fst_p = -1.0;
     const double before = settings::global_work_done;
@@ -316,7 +316,7 @@ TEST_F(PairTestStream, DivergenceIsCountedOverTheSolvedPermutations) {
     PairObserved observed = observe(pair);
     observed.divergence = pair_divergence(observed.differences);
     PairTestPlan plan;
-    plan.permutations = plan_permutations(60);
+    plan.permutations = plan_batches(60);
     plan.solves_divergence = true;
     PairBlock block(pair.D, pair.rows, pair.n_i);
     const settings s;
@@ -362,7 +362,7 @@ PairObserved observed_of(double Va, double pi_XY, double corrected) {
 
 TEST(PairTestCounters, FstAloneDividesByOneMore) {
     // 2 asked for: 1 class of 3.
-    PairTestCounters counters(observed_of(1.0, 1.0, 1.0), plan_permutations(2));
+    PairTestCounters counters(observed_of(1.0, 1.0, 1.0), plan_batches(2));
     for (int i = 0; i < 3; ++i) {
         counters.count_component(1.0);
         counters.count_differences(differences_of(1.0, 1.0));
@@ -374,7 +374,7 @@ TEST(PairTestCounters, FstAloneDividesByOneMore) {
 }
 
 TEST(PairTestCounters, OnlyTheComponentHasATolerance) {
-    PairTestCounters counters(observed_of(1.0, 1.0, 1.0), plan_permutations(2));
+    PairTestCounters counters(observed_of(1.0, 1.0, 1.0), plan_batches(2));
     counters.count_component(1.0 - 0.5e-10);
     counters.count_component(1.0 - 2e-10);
     counters.count_component(2.0);
@@ -390,7 +390,7 @@ TEST(PairTestCounters, OnlyTheComponentHasATolerance) {
 // 4 asked for: 2 classes of 3. Hits 1, 0, 1, 0, 1, 1 go to the classes in turn: 3 and 1 of 3, with
 // p = 4/7: ((1 - 4/7)^2 + (1/3 - 4/7)^2) / 2 = 0.11961, the root of it.
 TEST(PairTestCounters, ErrorIsThatOfTheClasses) {
-    PairTestCounters counters(observed_of(1.0, 0.0, 0.0), plan_permutations(4));
+    PairTestCounters counters(observed_of(1.0, 0.0, 0.0), plan_batches(4));
     for (const double Va : {1.0, 0.0, 1.0, 0.0, 1.0, 1.0})
         counters.count_component(Va);
     const PairTestResult r = counters.result();
@@ -401,21 +401,21 @@ TEST(PairTestCounters, ErrorIsThatOfTheClasses) {
 TEST(PairTestCounters, TauIsComparedWithTheMarkOfFailure) {
     PairObserved o;
     o.divergence = {5.0, 0.5, 2.0, 0.0};
-    PairTestCounters counters(o, plan_permutations(9));
+    PairTestCounters counters(o, plan_batches(9));
     counters.count_divergence(0.1, 0.5, 1.9);
     counters.count_divergence(-0.1, 0.4, 2.0);
     EXPECT_EQ(counters.result().tau_p, 0.5);
     EXPECT_EQ(counters.result().k_p, 0.5);
     EXPECT_EQ(counters.result().theta0_p, 0.5);
     o.divergence.not_converged = 1.0;
-    PairTestCounters failed(o, plan_permutations(9));
+    PairTestCounters failed(o, plan_batches(9));
     failed.count_divergence(0.9, 0.5, 1.9);
     failed.count_divergence(1.0, 0.5, 1.9);
     EXPECT_EQ(failed.result().tau_p, 0.5);
 }
 
 TEST(PairTestCounters, WithoutASolvedPermutationTheyAreZero) {
-    PairTestCounters counters(observed_of(1.0, 1.0, 1.0), plan_permutations(9));
+    PairTestCounters counters(observed_of(1.0, 1.0, 1.0), plan_batches(9));
     EXPECT_EQ(counters.result().tau_p, 0.0);
     EXPECT_EQ(counters.result().k_p, 0.0);
     EXPECT_EQ(counters.result().theta0_p, 0.0);

@@ -81,7 +81,7 @@ PairTestResult test_data(const Case& c, const mnd_test::Haplotypes& haplotypes, 
     observed.variance = mnd::pair_variance(design, ssd);
     observed.differences = mnd::pair_differences(design, ssd);
     mnd::PairTestPlan plan;
-    plan.permutations = mnd::plan_permutations(kPermutationsAsked);
+    plan.permutations = mnd::plan_batches(kPermutationsAsked);
     plan.shuffles_individuals = c.individuals;
     PairTestResult result;
     EXPECT_TRUE(mnd::test_pair(block, design, observed, plan, data.s, result));
@@ -94,7 +94,7 @@ std::vector<PValues> run(const Case& c, const Structured& structure, std::size_t
     const mnd_test::Layout layout =
         c.individuals ? mnd_test::Layout{{2}, 6, 12, true} : mnd_test::Layout{{2}, 8, 20, false};
     std::vector<PValues> record;
-    const double num_perm = static_cast<double>(mnd::plan_permutations(kPermutationsAsked).total);
+    const double num_perm = static_cast<double>(mnd::plan_batches(kPermutationsAsked).total);
     for (const Measured& test : kTests)
         record.push_back({test.name, {}, 1.0 / (num_perm + 1.0)});
     for (std::size_t i = 0; i < replicates; ++i) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <map>
 #include <numeric>
 
@@ -252,6 +253,28 @@ TEST_F(Chain, AStepWithoutReplacementDrawsItsUniformAndGivesOne) {
     EXPECT_TRUE(chain.run(1000, hits));
     EXPECT_EQ(hits, 1000);
     EXPECT_EQ(table, before);
+}
+
+// Makes a step of (0,0) and (1,1) to (0,1) twice, whose uniform number is u.
+GenotypeCounts after_step(const GenotypeCounts& start, double u) {
+    mnd::uniform_stream.inext = 0;
+    std::int64_t* next = mnd::uniform_stream.ma;
+    for (const double number : {0.0, 0.0, 0.5, 0.5, u})
+        *++next = std::llround(number * static_cast<double>(mnd::MBIG));
+    CountTable table = as_table(start);
+    GenotypeChain(table).run(1);
+    EXPECT_EQ(mnd::uniform_stream.inext, 5);
+    return as_counts(table);
+}
+
+// The replacement is made below the ratio, not at it: else genotypes that are not there would be
+// taken apart at a uniform number of 0.
+TEST_F(Chain, AUniformNumberEqualToTheRatioChangesNothing) {
+    const GenotypeCounts without = {{0, 4}, {0, 3}};
+    EXPECT_EQ(after_step(without, 0.0), without);
+    const GenotypeCounts half = {{7, 6}, {0, 1}};  // 7 x 1 / (7 x 8) x 4
+    EXPECT_EQ(after_step(half, 0.5), half);
+    EXPECT_EQ(after_step(half, 0.499999999), (GenotypeCounts{{6, 8}, {0, 0}}));
 }
 
 TEST_F(Chain, NoStepsDrawNothing) {

@@ -11,6 +11,7 @@
 
 #include "model/popul_standard.h"
 #include "run/tasks.h"
+#include "support/captured_log.h"
 #include "support/captured_reports.h"
 #include "support/lettered_phenotypes.h"
 #include "support/seeded_stream.h"
@@ -459,6 +460,29 @@ TEST_F(HardyWeinbergChain, NoStepsGiveNoChain) {
             EXPECT_EQ(next(), first);
         }
     }
+}
+
+// As many batches as would take gigabytes, for a chain of years.
+TEST_F(HardyWeinbergChain, TooManyBatchesAreReported) {
+    add_locus({{3, 1}, {0, 2}});
+    const double first = next();
+    seed();
+    for (const long steps : {1'000'000'000'000'000'000L, std::numeric_limits<long>::max()}) {
+        const CapturedReports reports;
+        const mnd_test::CapturedLog log;
+        s.hw_p_value = 1.0;
+        s.hw_precision = 0.25;
+        const ChainResult result = long_chain(steps);
+        EXPECT_EQ(result.p_value, 1.0);
+        EXPECT_EQ(result.sd, 0.0);
+        EXPECT_EQ(result.steps_done, 0);
+        EXPECT_EQ(reports.all(), (std::vector<Report>{{mnd::Error, "Population::make_hw_test2()", 0}}));
+        const std::string batches = steps == 1'000'000'000'000'000'000L ? "1000000000" : "3037000499";
+        EXPECT_TRUE(log.holds("The Hardy-Weinberg test of " + std::to_string(steps) + " steps goes in " +
+                              batches + " batches, for which there is no memory: test not done\n"))
+            << log.text();
+    }
+    EXPECT_EQ(next(), first);
 }
 
 TEST_F(HardyWeinbergChain, AMonomorphicLocusNeedsNoChain) {
@@ -929,6 +953,24 @@ TEST_F(HardyWeinbergDocument, WritesARowOfTheBatchSummary) {
     EXPECT_EQ(mnd_test::read_text(folder / "hw.sum"),
               "\"dir/cats.mnp\"\t\"Lake\"\t" + field(first.p_value, 0) + "\t" + field(first.sd, 0) +
                   "\tN.A.\tN.A.\t" + field(third.p_value, 0) + "\t" + field(third.sd, 0) + "\n");
+}
+
+TEST_F(HardyWeinbergDocument, TheBatchSummaryShowsNoValuesOfATestThatDidNotRun) {
+    const CapturedReports reports;
+    const mnd_test::TempFolder folder;
+    std::ofstream summary(folder / "hw.sum");
+    mnd::ofs_HW = &summary;
+    add("A", "B", 4.0);
+    s.MarkovChainStepsHW = 0;
+    analyse();
+    s.MarkovChainStepsHW = 1000;
+    add("A", "", 4.0);  // the second haplotype is without the locus
+    analyse();
+    mnd::ofs_HW = nullptr;
+    summary.close();
+    const std::string row = "\"\"\t\"Lake\"\tN.A.\tN.A.\n";
+    EXPECT_EQ(mnd_test::read_text(folder / "hw.sum"), row + row);
+    EXPECT_EQ(reports.all(), (std::vector<Report>{kBadLocus}));
 }
 
 // --- As a step of the analyses of a sample
