@@ -112,6 +112,7 @@ void PopGenetics::initialize_results() {
     theta_S = sd_theta_S = theta_hom = sd_theta_hom = theta_pi = sd_theta_pi = 0.0;
     theta_k = theta_k_lower = theta_k_upper = 0.0;
     static_cast<TajimaResult&>(*this) = TajimaResult{};
+    static_cast<MismatchResult&>(*this) = MismatchResult{};
     obs_F = exp_F = slatkin_obs = fu_Fs = fu_theta_pi = 0.0;
     ew_p = slatkin_p = p_exactly_k = p_k_or_more = fu_p = -1.0;
     slatkin_test = 0;

@@ -103,6 +103,13 @@ public:
     // computed if there is none. Result: 1, or 0 after a report (108, 122, 136).
     int compute_molecular_diversity(settings& s);
 
+    // --- Expansions (within/mismatch_analyses.cpp) ---
+
+    // Fit the models of a sudden and of a spatial expansion to the mismatch distribution, which is
+    // computed before, and write their blocks. Result: 1, or 0 when the work was stopped.
+    int est_demog_mis(settings* s, std::basic_fstream<char>& out);
+    int est_spatial_mis(settings* s, std::basic_fstream<char>& out);
+
 private:
     void reset_counters();
     void close_empty_sites();

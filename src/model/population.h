@@ -19,6 +19,7 @@
 #include "input/profile.h"
 #include "model/allele_db.h"
 #include "model/haplotypes.h"
+#include "model/mismatch_result.h"
 #include "model/phenotypes.h"
 #include "model/pop_haplotypes.h"
 
@@ -328,7 +329,7 @@ struct TajimaResult {
 
 // Locus comparison, indices and analysis results common to all data types. Only its four
 // subclasses are analysed.
-class PopGenetics : public Population, public TajimaResult {
+class PopGenetics : public Population, public TajimaResult, public MismatchResult {
 public:
     // Comparison of the loci, written by evaluate_polymorphism.
     int nb_polym_loci = 0;              // polymorphic among the usable loci
@@ -469,6 +470,18 @@ public:
     double k_est(const double& theta, const int& n);
     // Mean allele sizes of microsatellite loci, into mean_allele_sizes.
     void computeMeanAlleleSizes();
+
+    // --- Mismatch distribution (within/mismatch_distribution.cpp) ---
+
+    // Distribution of differences between pairs of gene copies, by the integer part of the distance,
+    // its moments, raggedness and chi-square fit: see MismatchResult.
+    //   out      when it is open, receives the distance of each pair of gene copies, a row per copy;
+    //            the counts are those of the printed distances
+    // Reads:     hapl_list, dist_mat, max_dist
+    // Reports:   108 without haplotypes, 122 without a matrix, 0 when the classes do not fit into memory
+    // Returns:   1, or 0 after a report
+    // Source:    Rogers 1995, Evolution 49:608-615 (moments)
+    int compute_mm_distr(std::basic_fstream<char>& out, settings& s);
 
     // --- Neutrality (within/ewens_watterson.cpp, chakraborty.cpp, fu_fs.cpp, tajima.cpp) ---
     //
