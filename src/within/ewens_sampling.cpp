@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 #include "foundation/random.h"
@@ -75,7 +76,9 @@ ConfigurationSampler::~ConfigurationSampler() = default;
 
 // B(n, k) is the sum of B(n - c, k - 1)/c: when n B(n, k) is a double, so is all that a draw reads.
 ConfigurationSampler::ConfigurationSampler(int n, int k, const BnumMat& B, std::size_t pool_size)
-    : n_(n), k_(k), B_(B) {
+    : n_(n), k_(k), B_(B), counts_(static_cast<std::size_t>(k)), log_of_(static_cast<std::size_t>(n) + 1) {
+    for (int c = 1; c <= n; ++c)
+        log_of_[static_cast<std::size_t>(c)] = std::log(c);
     if (k < 2) return;
     if (!(b_number(B, n, k) <= std::numeric_limits<double>::max() / n)) {
         long_table_ = std::make_unique<LongTable>(n, k);
@@ -96,6 +99,12 @@ void ConfigurationSampler::draw(int* counts) {
         left -= *counts++;
     }
     *counts = left;
+}
+
+const int* ConfigurationSampler::draw_sorted() {
+    draw(counts_.data());
+    std::sort(counts_.begin(), counts_.end(), std::greater<>());
+    return counts_.data();
 }
 
 int ConfigurationSampler::draw_first() {

@@ -65,6 +65,11 @@ public:
     // drawn is 0, or is above the last sum by rounding.
     // Draws:    k - 1
     void draw(int* counts);
+    // One configuration in descending order, k counts that stay until the next draw.
+    // Draws:    k - 1
+    const int* draw_sorted();
+    // ln c at c, for c of 1 to n; 0 at 0.
+    const std::vector<double>& log_of() const { return log_of_; }
     // The first count alone.
     // Draws:    1, or none for one allele
     int draw_first();
@@ -85,6 +90,8 @@ private:
     int n_;
     int k_;
     const BnumMat& B_;                       // not owned
+    std::vector<int> counts_;                // owned: k, the configuration of draw_sorted
+    std::vector<double> log_of_;             // owned: n + 1
     std::size_t pool_size_ = 0;              // numbers
     std::size_t pool_used_ = 0;              // numbers
     std::unique_ptr<double[]> pool_;         // owned: running sums of the states seen

@@ -29,9 +29,6 @@ double homozygosity_of_counts(const int* counts, int k, int n);
 double slatkin_statistic(const int* counts, int k, int n, int* class_counts,
                          const std::vector<double>& log_of);
 
-// ln c at c, for c of 1 to n; 0 at 0.
-std::vector<double> table_of_logs(int n);
-
 // The haplotypes of a sample as records: count, its square, and no deviations; descending counts.
 // Haplotypes that no gene copy has are left out. The list is filled afresh.
 void list_of_counts(const Population& sample, MY_TISArrayAsVector<AHaplFreq>& list);

@@ -10,7 +10,7 @@ struct FuReport {
     int n = 0;                   // gene copies
     int k = 0;                   // alleles
     int original_k = 0;          // alleles before identical ones were merged
-    bool merged = false;         // the definitions of alleles were checked
+    bool checked = false;        // identical alleles were looked for by their distances
     double theta_pi = 0.0;       // from the mean number of pairwise differences, indels left out
     double exp_k = 0.0;          // expected number of alleles under it
     double Fs = 0.0;             // +/- kNumericalInfinity when it is not finite

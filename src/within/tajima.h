@@ -54,9 +54,9 @@ struct TajimaReport {
     double mean_theta_S = 0.0;  // over simulated samples
     double sd_theta_S = 0.0;
     double mean_D = 0.0;
-    double P_not_positive = -1.0;  // share of simulated D of 0 or less; -1: not tested
-    bool weighted = false;         // substitutions have weights other than 1
-    bool sites_are_restriction_sites = false;
+    double P_not_positive = -1.0;    // share of simulated D of 0 or less; -1: not tested
+    bool weighted = false;           // substitutions have weights other than 1
+    bool restriction_sites = false;  // of RFLP data; otherwise sites of DNA
 };
 
 }  // namespace mnd
