@@ -3,7 +3,13 @@
 // Source: Fu 1997, Genetics 147:915-925
 #pragma once
 
+#include <ostream>
+
 namespace mnd {
+
+class PopulDNA;
+class PopulRFLP;
+class settings;
 
 // Fu's test as it is printed.
 struct FuReport {
@@ -22,5 +28,17 @@ struct FuReport {
     double mean_k = 0.0;
     double sd_k = 0.0;
 };
+
+// The test of a sample whose loci have been compared, with its block in out and its row in the
+// batch summary. Its simulated samples have theta(Pi) and as many sites as the sample has usable
+// ones; of an Fs that can't be computed there are none. The distances and the diversity of the
+// sample stay as they are.
+// Reads:     NumSimulFuTest
+// Writes:    fu_Fs, fu_p, fu_theta_pi; settings::global_work_done
+// Draws:     those of the simulated samples
+// Reports:   those of PopGenetics::Fu_Fs, for the sample itself
+// A stopped run leaves P at -1 and writes no more than the observed values.
+void fu_test(PopulDNA& sample, settings& s, std::ostream& out);
+void fu_test(PopulRFLP& sample, settings& s, std::ostream& out);
 
 }  // namespace mnd

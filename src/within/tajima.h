@@ -3,7 +3,7 @@
 // Source: Tajima 1989, Genetics 123:585-595
 #pragma once
 
-#include <vector>
+#include <ostream>
 
 namespace mnd {
 
@@ -55,8 +55,20 @@ struct TajimaReport {
     double sd_theta_S = 0.0;
     double mean_D = 0.0;
     double P_not_positive = -1.0;    // share of simulated D of 0 or less; -1: not tested
+    bool defined = false;            // D could be computed
     bool weighted = false;           // substitutions have weights other than 1
     bool restriction_sites = false;  // of RFLP data; otherwise sites of DNA
 };
+
+// The test of a sample whose loci have been compared, with its block in out and its row in the
+// batch summary. Its simulated samples have theta(S) and as many sites as the sample has usable
+// ones; of a D that is not defined there are none. The distances and the diversity of the sample
+// stay as they are.
+// Reads:     NumSimulFuTest
+// Writes:    tajima_D, tajima_p; theta_S; settings::global_work_done
+// Draws:     those of the simulated samples
+// A stopped run leaves P at -1 and writes no more than the observed values.
+void tajima_test(PopulDNA& sample, settings& s, std::ostream& out);
+void tajima_test(PopulRFLP& sample, settings& s, std::ostream& out);
 
 }  // namespace mnd
