@@ -243,6 +243,9 @@ void print_population_fis(std::ostream& out, const std::vector<PopulationIndex>&
     }
     out << "-------------------------------\n";
     print_population_rows(out, samples, "FIS", num_perm > 0);
+    const auto is_undefined = [](const PopulationIndex& sample) { return sample.value == kUndefinedFis; };
+    if (std::any_of(samples.begin(), samples.end(), is_undefined))
+        out << "(-9.99999: not defined in a sample without variation, nor is its P-value)\n";
 }
 
 void write_amova_summary(std::ostream& out, const Amova& analysis, std::string_view project_file) {

@@ -205,7 +205,8 @@ TEST(AmovaTables, PopulationFisWithoutPermutations) {
               "-------------------------------\n"
               "  Pop#      Name         FIS\n"
               "     1     Alpha     0.12500\n"
-              "     2         B    -9.99999\n");
+              "     2         B    -9.99999\n"
+              "(-9.99999: not defined in a sample without variation, nor is its P-value)\n");
 }
 
 TEST(AmovaTables, PopulationFisWithPermutations) {
