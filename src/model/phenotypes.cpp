@@ -289,8 +289,27 @@ void TPhenotype::build_resam_pheno(int nb, int k, double const* cum1, int n1, do
 
 TPhenDB::TPhenDB() : MY_TIArrayAsVector<TPhenotype>(10, 100) {}
 
+namespace {
+
+// What one individual takes, without its texts.
+double bytes_of_individual(long loci) {
+    constexpr double kWithoutAlleles = 1000.0;
+    constexpr double kBothAlleles = 2.0 * sizeof(TAllele*);
+    return kWithoutAlleles + kBothAlleles * static_cast<double>(loci);
+}
+
+// A count of the data decides how many individuals there are to be. A system that promises more
+// memory than it has would rather end the program than refuse.
+void require_room(double bytes) {
+    constexpr double kMaxBytes = 4.0 * (1 << 30);
+    if (bytes > kMaxBytes) throw std::bad_alloc();
+}
+
+}  // namespace
+
 TPhenDB::TPhenDB(int const& n, TPopHaploDB const& db) : TPhenDB() {
     constexpr int kMaxFailures = 100;
+    require_room(n * bytes_of_individual(db.count > 0 ? db.data[0]->num_loci() : 0));
     const HaplotypeSampler sampler(db);
     int failures = 0;
     for (int id = 0; id < n;) {
@@ -480,13 +499,32 @@ double TPhenDB::compute_IF_coeff(TPopHaploDB* db) {
 
 // ---- TPhenDB: rearranging
 
-void TPhenDB::explode_base() {
+namespace {
+
+// Individuals of a class; its count may be short of a whole number by an error of rounding.
+int individuals_of(TPhenotype const& phenotype) {
     constexpr double kRounding = 0.0001;
+    return integer_part(phenotype.freq + kRounding);
+}
+
+double bytes_of_exploded(TPhenDB const& db) {
+    double bytes = 0.0;
+    for (TPhenotype const* phenotype : db) {
+        const auto texts = static_cast<double>(phenotype->text[0].len + phenotype->text[1].len);
+        bytes += individuals_of(*phenotype) * (bytes_of_individual(phenotype->num_loci()) + texts);
+    }
+    return bytes;
+}
+
+}  // namespace
+
+void TPhenDB::explode_base() {
+    require_room(bytes_of_exploded(*this));
     const long entries = count;
     int64_t individuals = 0;
     for (long e = 0; e < entries; ++e) {
         TPhenotype& phenotype = *data[e];
-        const int k = integer_part(phenotype.freq + kRounding);
+        const int k = individuals_of(phenotype);
         individuals += k;
         if (k > 1) phenotype.real_freq /= k;
         phenotype.freq = 1.0;
@@ -654,6 +692,7 @@ double TPhenDB::hw_chi_stat(TAlleleDB*, int, char c, int& df) const {
     PairCounts alleles;
     double n = 0.0;
     double heterozygotes = 0.0;
+    df = 0;
     for (TPhenotype const* phenotype : *this) {
         if (!has_both_strings(*phenotype) || phenotype->pseudo_hapl[0]->num_loci() != 1 ||
             phenotype->pseudo_hapl[1]->num_loci() != 1) {
@@ -669,8 +708,8 @@ double TPhenDB::hw_chi_stat(TAlleleDB*, int, char c, int& df) const {
         n += phenotype->freq;
     }
     const auto k = static_cast<double>(alleles.kinds());
-    df = k < 2.0 ? 0 : integer_part(k * (k - 1.0) / 2.0);
     if (k < 2.0) return 0.0;
+    df = integer_part(k * (k - 1.0) / 2.0);
     const double observed = genotypes.add_n_ln_n(-n_ln_n(n));
     const double expected = alleles.add_n_ln_n(heterozygotes * std::log(2.0) - n_ln_n(2.0 * n));
     return 2.0 * (observed - expected);

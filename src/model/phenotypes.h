@@ -174,7 +174,9 @@ public:
     double inbreeding = 0.0;      // last F of EM under inbreeding
 
     TPhenDB();
-    // n individuals drawn from the haplotypes of db in proportion to freq.
+    // n individuals drawn from the haplotypes of db in proportion to freq. Error 116 when none is
+    // drawn; the individual is drawn anew, until there are 100 such errors.
+    // Throws: std::bad_alloc, before anything is drawn, for more individuals than 4 GB hold
     TPhenDB(int const& n, TPopHaploDB const& db);
     TPhenDB(TPhenDB const& other);
     // Deep copy of the phenotypes and of the scalars.
@@ -209,6 +211,7 @@ public:
     double compute_IF_coeff(TPopHaploDB* db);
     // Turns classes into individuals of freq 1; copies go to the end. Error 120 when the number
     // of entries is not the number of individuals.
+    // Throws: std::bad_alloc, with nothing changed, for more individuals than 4 GB hold
     void explode_base();
     // Merges equal phenotypes into the first of them, adding freq and real_freq.
     // Cost: O(phenotypes x loci)
@@ -227,7 +230,7 @@ public:
     // Likelihood-ratio statistic of Hardy-Weinberg proportions of one-locus phenotypes.
     //   c      name of the missing allele; phenotypes that hold it are left out
     //   df     k (k - 1) / 2 for k alleles seen
-    // Error 118 and -1000.0 when a phenotype does not hold exactly one allele.
+    // Error 118, -1000.0 and df 0 when a phenotype does not hold exactly one allele.
     double hw_chi_stat(TAlleleDB* alleles, int, char c, int& df) const;
     // Becomes the part of src on the loci of the mask (indexed by locus) or of the list
     // (list[0] positions, list[1..]).

@@ -2,6 +2,7 @@
 
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/phenotypes.h"
@@ -90,6 +91,19 @@ TEST(GenotypeTables, TheMostProbableResolutionComesFirst) {
         << out.str();
     EXPECT_LT(out.str().find("0.571429"), out.str().find("0.428571"));
     EXPECT_EQ(out.str().find("more resolution"), std::string::npos);
+}
+
+TEST(GenotypeTables, AResolutionThatPrintsAsZeroIsCountedOnly) {
+    Estimated e;
+    // GC and AT beside 2 0.5 0.3: posteriors 6.67e-07 and 4.0e-07
+    for (const auto& [f, is_listed] : {std::pair{1e-06, true}, std::pair{6e-07, false}}) {
+        e.haplotypes.data[2]->freq = f;
+        e.haplotypes.data[3]->freq = 0.1;
+        std::ostringstream out;
+        e.phenotypes.printGenotypeFrequencies(out);
+        EXPECT_EQ(out.str().find("0.000001\t") != std::string::npos, is_listed) << out.str();
+        EXPECT_EQ(out.str().find("1 more resolution") == std::string::npos, is_listed);
+    }
 }
 
 TEST(GenotypeTables, ACompactedStoreShowsAllLoci) {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <new>
 #include <random>
 #include <set>
 #include <sstream>
@@ -396,6 +397,14 @@ TEST(TPhenotype, ANumberOfGenotypesLeftFromBeforeIsKept) {
     p.kill_gen_list();
     p.build_genotypes(haplotypes, &letters.db, 0, false);
     EXPECT_EQ(p.nb_genotypes, 4);
+    // Recessive data: the number of settings is known, whatever was left.
+    Letters recessive;
+    recessive.make_blanks(2);
+    TPhenotype dominant = recessive.individual("AA", "AA");
+    dominant.nb_genotypes = 1;
+    TPopHaploDB others;
+    dominant.build_genotypes(others, &recessive.db, 1, false);
+    EXPECT_EQ(dominant.nb_genotypes, 4);
 }
 
 TEST(TPhenotype, ProbabilitiesDoubleAndAreShared) {
@@ -445,6 +454,11 @@ TEST(TPhenotype, EquilibriumProbabilityLeavesOutAllelesNotSelected) {
     EXPECT_EQ(p.link_equil_pheno_prob(), 2 * 0.5 * 0.5);  // the doubling stays
     EXPECT_EQ(reports.all(),
               (std::vector<Report>{{mnd::Warning, "TPhenotype::link_equil_pheno_prob()", 115}}));
+    // The allele of the second string is not asked.
+    letters.db(0, my_string("A"))->selected = 1;
+    letters.db(0, my_string("G"))->selected = 0;
+    EXPECT_EQ(p.link_equil_pheno_prob(), 2 * 0.25 * 0.5 * 0.5 * 0.5);
+    EXPECT_EQ(reports.all().size(), 1u);
 }
 
 TEST(TGenotype, PrintsBothHaplotypesUnderEachOther) {
@@ -578,6 +592,8 @@ TEST(TPhenDB, MultinomialCoefficient) {
     for (double f : {2.0, 3.0, 1.0})
         db.Add(new TPhenotype("x", f));
     EXPECT_NEAR(db.calc_ln_multinom(), std::log(720.0 / (2.0 * 6.0)), 1e-9);
+    db.data[1]->freq = 3.9;  // counts as 3
+    EXPECT_NEAR(db.calc_ln_multinom(), std::log(720.0 / (2.0 * 6.0)), 1e-9);
 }
 
 TEST(TPhenDB, IdentityCoefficientOfTwoDistributions) {
@@ -598,6 +614,15 @@ TEST(TPhenDB, IdentityCoefficientOfTwoDistributions) {
     EXPECT_EQ(db.compute_IF_coeff(&other), 0.5);
     EXPECT_EQ(db.identity_coeff, 0.5);
     EXPECT_EQ(other.at_const(1)->visited, 0);
+    // A class of individuals counts once: 1 - (|0.75 - 0.5| + 0.25 + 0.5) / 2 still.
+    db.at_const(0)->freq = 8.0;
+    EXPECT_EQ(db.compute_IF_coeff(&other), 0.5);
+    // Nothing in common: 1 - (1 + 1) / 2.
+    TPopHaploDB apart;
+    apart.insert(*c.pseudo_hapl[0], 1.0);
+    EXPECT_EQ(db.compute_IF_coeff(&apart), 0.0);
+    apart.data[0]->visited = 1;  // a mark from before
+    EXPECT_EQ(db.compute_IF_coeff(&apart), 0.0);
 }
 
 TEST(TPhenDB, ExplodeBaseSharesTheFrequency) {
@@ -625,6 +650,40 @@ TEST(TPhenDB, ExplodeBaseReportsWhatIsNoCount) {
     db.explode_base();
     EXPECT_EQ(db.at_const(0)->freq, 1.0);
     EXPECT_EQ(reports.all(), (std::vector<Report>{{mnd::Error, "TPhenDB::explode_base()", 120}}));
+}
+
+TEST(TPhenDB, ExplodeBaseTakesTheIntegerPartOfACount) {
+    const CapturedReports reports;
+    TPhenDB db;
+    db.Add(new TPhenotype("a", 2.99995));  // 3 but for rounding
+    db.Add(new TPhenotype("b", 2.5));
+    db.Add(new TPhenotype("c", 1.9));
+    for (TPhenotype* p : db)
+        p->real_freq = 0.75;
+    db.explode_base();
+    ASSERT_EQ(db.count, 6);
+    const char* names[] = {"a", "b", "c", "a", "a", "b"};
+    const double shares[] = {0.25, 0.375, 0.75, 0.25, 0.25, 0.375};
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_STREQ(db.at_const(i)->c_str(), names[i]);
+        EXPECT_EQ(db.at_const(i)->freq, 1.0);
+        EXPECT_EQ(db.at_const(i)->real_freq, shares[i]);
+    }
+    EXPECT_TRUE(reports.all().empty());
+}
+
+// Each takes 1 KB and more.
+TEST(TPhenDB, MoreIndividualsThanFitAreRefusedBeforehand) {
+    Letters letters;
+    TPhenDB db;
+    letters.append(db, "AC", "GT", 2.0);
+    letters.append(db, "AC", "AC", 5.0e6);
+    EXPECT_THROW(db.explode_base(), std::bad_alloc);
+    EXPECT_EQ(db.count, 2);
+    EXPECT_EQ(db.at_const(0)->freq, 2.0);
+    TPopHaploDB haplotypes;
+    haplotypes.insert(*db.at_const(0)->pseudo_hapl[0], 1.0);
+    EXPECT_THROW(TPhenDB(5000000, haplotypes), std::bad_alloc);
 }
 
 TEST(TPhenDB, RedundantPhenotypesJoinTheFirst) {
@@ -727,6 +786,20 @@ TEST(TPhenDB, HardyWeinbergStatistic) {
     EXPECT_EQ(df, 1);
 }
 
+TEST(TPhenDB, HardyWeinbergStatisticOfThreeAlleles) {
+    Letters letters;
+    TPhenDB db;
+    letters.append(db, "A", "A", 10.0);
+    letters.append(db, "B", "A", 4.0);
+    letters.append(db, "B", "C", 6.0);
+    letters.append(db, "C", "C", 5.0);
+    // n = 25, alleles A 24, B 10, C 16 of 50; expected AA 5.76, AB 4.8, BC 3.2, CC 2.56:
+    // 2 (10 ln(10 / 5.76) + 4 ln(4 / 4.8) + 6 ln(6 / 3.2) + 5 ln(5 / 2.56))
+    int df = -1;
+    EXPECT_NEAR(db.hw_chi_stat(&letters.db, 0, '?', df), 23.811990363868, 1e-9);
+    EXPECT_EQ(df, 3);
+}
+
 TEST(TPhenDB, HardyWeinbergOfOneAlleleIsZero) {
     Letters letters;
     TPhenDB db;
@@ -762,6 +835,7 @@ TEST(TPhenDB, HardyWeinbergNeedsOneLocus) {
     letters.append(db, "AC", "AC", 30.0);
     int df = -1;
     EXPECT_EQ(db.hw_chi_stat(&letters.db, 0, '?', df), -1000.0);
+    EXPECT_EQ(df, 0);
     const Report report{mnd::Error, "TPhenDB::hw_chi_stat()", 118};
     EXPECT_EQ(reports.all(), (std::vector<Report>{report}));
     TPhenDB second_is_longer;
@@ -907,6 +981,7 @@ TEST_F(TPhenDBRandom, ResampledPhenotypeTakesTheIntervalOfEachDraw) {
     long seed_argument = 1;
     TPhenotype p("old", 9.0);
     p.text[0] = "old";
+    p.genotypes.Add(new TGenotype());
     seed();
     p.build_resam_pheno(20, 4, cum1, 2, cum2, 3, locus_1, locus_2, seed_argument, &letters.db, nullptr,
                         nullptr);
@@ -919,6 +994,7 @@ TEST_F(TPhenDBRandom, ResampledPhenotypeTakesTheIntervalOfEachDraw) {
     EXPECT_EQ(p.freq, 1.0);
     EXPECT_EQ(p.real_freq, 0.05);
     EXPECT_EQ(p.nb_het_loci, 2);
+    EXPECT_EQ(p.genotypes.count, 0);
     EXPECT_TRUE(p.text[0].is_null());
     // With the drawn alleles given, they give way to the second draws.
     TAllele* a1 = p.pseudo_hapl[0]->allele(0);
@@ -954,9 +1030,52 @@ TEST_F(TPhenDBRandom, ResampleTakesFourDrawsAnIndividual) {
     EXPECT_EQ(next(), thirteenth);
     ASSERT_EQ(db.count, 3);
     EXPECT_EQ(letters_of(*db.at_const(2)), "AX/AX");
+    EXPECT_EQ(db.at_const(2)->real_freq, 1.0 / 3.0);
     TPopHaploDB nothing;
     db.resample(3, locus_1, nothing, seed_argument, &letters.db);
     EXPECT_EQ(db.count, 0);
+}
+
+TEST_F(TPhenDBRandom, ResampleDrawsInProportionToTheCounts) {
+    Letters letters;
+    TPopHaploDB locus_1, locus_2;
+    const auto add = [&](TPopHaploDB& to, int locus, const char* name, double freq) {
+        TPopHaplotype h;
+        h.alleles.Add(letters.db.insert_allele(locus, name, 1.0));
+        to.insert(h, freq);
+        return h.allele(0);
+    };
+    TAllele* a = add(locus_1, 0, "A", 6.0);  // cumulative: 0.75, 1
+    add(locus_1, 0, "B", 2.0);
+    add(locus_2, 1, "X", 1.0);  // 0.125, 0.5, 1
+    TAllele* y = add(locus_2, 1, "Y", 3.0);
+    add(locus_2, 1, "Z", 4.0);
+    const auto first = [](double u) { return u <= 0.75 ? 'A' : 'B'; };
+    const auto second = [](double u) { return u <= 0.125 ? 'X' : u <= 0.5 ? 'Y' : 'Z'; };
+    std::string plain, replaced;
+    for (int i = 0; i < 40; ++i) {
+        std::string strings[2] = {"  ", "  "};
+        for (std::string& string : strings)
+            string[0] = first(next());
+        for (std::string& string : strings)
+            string[1] = second(next());
+        plain += strings[0] + "/" + strings[1] + " ";
+        if (strings[0][0] == 'A') strings[0][0] = strings[1][0];
+        if (strings[0][1] == 'Y') strings[0][1] = strings[1][1];
+        replaced += strings[0] + "/" + strings[1] + " ";
+    }
+    const auto drawn = [&](TAllele* a1, TAllele* a2) {
+        seed();
+        long seed_argument = 1;
+        TPhenDB db;
+        db.resample(40, locus_1, locus_2, seed_argument, &letters.db, a1, a2);
+        std::string all;
+        for (const TPhenotype* p : db)
+            all += letters_of(*p) + " ";
+        return all;
+    };
+    EXPECT_EQ(drawn(nullptr, nullptr), plain);
+    EXPECT_EQ(drawn(a, y), replaced);
 }
 
 }  // namespace
