@@ -22,11 +22,15 @@
 #include "model/mismatch_result.h"
 #include "model/phenotypes.h"
 #include "model/pop_haplotypes.h"
+#include "model/tree_holder.h"
 
 namespace mnd {
 
 class settings;
 class DistMat;
+class MutatedSites;
+struct MutationModel;
+enum Mut_Type : int;
 class ConfigurationSampler;
 
 // The number that stands for infinity in printed results: the largest of single precision.
@@ -393,6 +397,10 @@ public:
     std::vector<double> garza_williamson;           // owned: microsatellites, k / (range + 1)
     std::vector<double> garza_williamson_modified;  // owned: the same with the range over all samples
 
+    // Simulated genealogy of the gene copies of this sample.
+    TreeHolder tree;           // see allocate_tree; neither copied nor cleaned with the data
+    long total_mutations = 0;  // on the tree, by the last simulation
+
     // Shared by all samples of the process.
     static TAlleleDB globalAllelicDB;  // allele counts over all samples, for the summaries
     static std::vector<bool>
@@ -532,6 +540,72 @@ public:
     // The tables of allele numbers and heterozygosity per locus, for haplotypes and genotypes.
     void OutputAllelelNumberAndHetPerLocusHapl(settings& s);
     void OutputAllelelNumberAndHetPerLocusDipl(settings& s);
+
+    // --- Simulated samples (simulation/sample_simulation.cpp) ---
+    //
+    // The tree has sample_size leaves. An analysis calls allocate_tree once, then one of the forms
+    // below per replicate. Two scales of time, told by the name of the mutation rate of the sequence:
+    //   mu_coal   per unit of coalescent time, theta / 2: trees as they are built
+    //   mu_gen    per generation: trees multiplied by the number of generations
+    // p_fixed, fixed_rate: see MutationModel, whose fields the arguments are.
+
+    // Makes the tree, for n leaves, and starts a series of replicates, see TTree::allocate_tree.
+    void allocate_tree(int const& n);
+
+    // Build the tree of sample_size leaves, which is made if there is none.
+    // Draws:   those of TTree::build_tree or build_tree_range_exp
+    void fast_build_tree();
+    // Kingman's coalescent with the ages beyond t multiplied by scale, in generations.
+    void build_tree_fast_one_pop(double t, double scale, int const& generations);
+    // The tree of a spatial expansion T ago, with D migrants, in generations.
+    void build_tree_fast_range_exp(double T, double D, int const& generations);
+
+    // Drops mutations on the tree that stands there; every node gets its sequence.
+    // Writes:  total_mutations, TNode::hits, and the rates of the sites if gamma_a is not 0: made the
+    //          first time, drawn anew for each tree
+    // Report:  177 when TNode::hits has another number of sites than asked for, from a series of
+    //          replicates that never ended; then there is no mutation and nothing is drawn
+    // Returns: total_mutations
+    // Draws:   those of the rates, then those of TNode::add_mutations
+    long* sprinkle_mutations(double const& mu, int const& sites, Mut_Type const& type, double const& shape,
+                             double const& p_fixed, double const& fixed_rate, double const& ts_rate);
+    long* sprinkle_mutations(MutationModel const& model);
+
+    // A tree and mutations on it.
+    // Returns: total_mutations
+    long* simulate_sample(double const& mu_coal, int const& sites, Mut_Type const& type, double const& shape,
+                          double const& p_fixed, double const& fixed_rate, double const& ts_rate);
+    long* simulate_sample(MutationModel const& model);
+    // The same after a sudden change of size T ago; see build_tree_fast_one_pop.
+    long* simulate_sample_exp(double const& mu_gen, int const& sites, Mut_Type const& type,
+                              double const& shape, double const& p_fixed, double const& fixed_rate,
+                              double const& ts_rate, double const& T, double const& scale,
+                              int const& generations);
+    long* simulate_sample_exp(MutationModel const& model, double const& T, double const& scale,
+                              int const& generations);
+    // The same after a spatial expansion; see build_tree_fast_range_exp.
+    long* simulate_range_exp(double const& mu_gen, int const& sites, Mut_Type const& type,
+                             double const& shape, double const& p_fixed, double const& fixed_rate,
+                             double const& ts_rate, double const& T, double const& D, int const& generations);
+    long* simulate_range_exp(MutationModel const& model, double const& T, double const& D,
+                             int const& generations);
+
+    // The same three, which count the mutated sites instead of making sequences: same draws, same
+    // trees, same states, and total_mutations; only a fraction of the time. See MutatedSites.
+    long* fast_simulate_sample(MutatedSites& mutated, MutationModel const& model);
+    long* fast_simulate_sample_exp(MutatedSites& mutated, MutationModel const& model, double const& T,
+                                   double const& scale, int const& generations);
+    long* fast_simulate_range_exp(MutatedSites& mutated, MutationModel const& model, double const& T,
+                                  double const& D, int const& generations);
+
+    // Makes this sample the leaves of a tree on which mutations were dropped: one haplotype for each
+    // distinct sequence, in order of the first leaf that has it, whose number is its name.
+    //   simulated     may be the tree of another sample
+    //   definitions   emptied, then holds the haplotypes; id is the place in the list
+    // Writes:  hapl_list, nb_hapl, nb_orig_hapl, sample_size, inv_sample_size
+    // Report:  59 from "PopGenetics::read_simulated sample()" when a leaf has no sequence, or one of
+    //          another length than the first leaf; it is left out of the list
+    void read_simulated_sample(TTree& simulated, Haplo_DB& definitions, Mut_Type const& type);
 
 protected:
     // The parts of check_data that all types share: sum and number of the entries.

@@ -12,6 +12,7 @@
 #include "input/profile.h"
 #include "model/haplotypes.h"
 #include "model/population.h"
+#include "model/tree_holder.h"
 
 namespace mnd {
 
@@ -22,8 +23,11 @@ public:
     MY_TIArrayAsVector<Population> populations{20,
                                                20};  // owned entries: the samples in the order of the file
     my_string name;
-    DistMat pop_distances;         // working matrix of distances between samples
-    DistMat group_distances;       // working matrix of distances between groups
+    DistMat pop_distances;     // working matrix of distances between samples
+    DistMat group_distances;   // working matrix of distances between groups
+    TreeHolder tree;           // simulated genealogy of the gene copies of all samples; not copied
+    long total_mutations = 0;  // on the tree, by the last simulation
+    std::shared_ptr<Haplo_DB> appended_definitions;  // owned with copies: haplotypes made by addLocus
     bool output_by_sample = true;  // false while the samples are groups pooled into one sample each
 
     Samples();
@@ -82,6 +86,28 @@ public:
     void print_out_haplo_cl(std::ostream& out, const Haplo_DB& db, const std::vector<int>& class_of) const;
     // Destroys the samples.
     void clean();
+
+    // --- Simulated data (simulation/samples_simulation.cpp) ---
+
+    // Drops mutations on the tree of these samples; see the method of PopGenetics.
+    // Returns: total_mutations
+    long* sprinkle_mutations(double const& mu, int const& sites, Mut_Type const& type, double const& gamma_a,
+                             double const& p_fixed, double const& fixed_rate, double const& ts_rate);
+    // Replaces the data of the samples by the leaves of the tree, leaf by leaf in the order in which
+    // the tree took the samples: gene copies of haplotypic data, pairs of them for individuals. All
+    // sites make one locus for types 0 and 3 with one site, else each site is a locus.
+    //   definitions   emptied; holds the haplotypes of haplotypic data
+    //   alleles       rebuilt: the alleles of each locus, with their relative frequencies in each sample
+    //                 summed over samples
+    // Returns: 1, or 0 when the tree does not fit these samples; the data are then as they were
+    int readPopDataFromSims(Haplo_DB& definitions, TAlleleDB& alleles, Mut_Type const& type);
+    // Appends one locus of simulated samples, gene copy by gene copy.
+    //   source        simulated samples, the same in number and size
+    //   source_locus  the locus taken
+    //   locus         its number here: 0 starts afresh, else the number of loci there are
+    //   genotypic     individuals of two gene copies, else haplotypes
+    // Returns: 1, or 0 when source and locus do not fit; nothing is changed then
+    int addLocus(Samples const& source, int source_locus, int locus, bool genotypic);
 
     // Anchor of a summary table in the result document with an entry of the tree.
     void print_computation_anchor(int level, settings& s, const my_string& suffix,
