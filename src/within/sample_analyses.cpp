@@ -292,7 +292,13 @@ private:
         if (!s_.stopped()) sample_.comp_gam_phase_EM(s_);
     }
 
+    // The checks skip recessive data, a pass on groups brings the task back.
     void hardy_weinberg() {
+        if (s_.RecessiveAllelesEM != 0) {
+            out_ << "Hardy-Weinberg equilibrium cannot be tested \n"
+                 << "for recessive data\n";
+            return;
+        }
         sample_.make_all_hw(*s_.result_stream, sample_.phen_db, s_.MarkovChainStepsHW, s_);
         References(out_, Citation::Guo_Thompson_1992);
     }

@@ -172,6 +172,22 @@ TEST(GenotypicDiversity, RecessiveDataOfKnownPhaseGetTheTwoTextsToo) {
     }
 }
 
+// A homozygote of recessive data may hide a second allele: its heterozygosity is not known.
+TEST(GenotypicDiversity, RecessiveDataAreNotTestedForHardyWeinberg) {
+    AnalysedSamples<PopulStandard> a(genotypic(STANDARD, ' ', 0));
+    a.add("Lake", "a 2 A x\n B x\nb 1 A y\n A x\n");
+    a.prepare();
+    a.s.RecessiveAllelesEM = 1;
+    a.s.MakeHWExactTest = 1;
+    a.s.MarkovChainStepsHW = 1000;
+    const std::string document = a.analyse(kTaskHardyWeinberg);
+    EXPECT_TRUE(contains(document,
+                         "== Hardy-Weinberg equilibrium : (Lake)\n"
+                         "======================================\n\n"
+                         "Hardy-Weinberg equilibrium cannot be tested \nfor recessive data\n"));
+    EXPECT_FALSE(contains(document, "Obs.Het."));
+}
+
 // Each test has its text below its own heading, whatever the type of the data.
 template <class Sample>
 void expect_texts_of_unknown_phase(int data_type, const std::string& lines) {
