@@ -327,6 +327,8 @@ public:
 
 // Result of Tajima's test.
 struct TajimaResult {
+    int tajima_S = 0;        // sites with substitutions
+    double tajima_pi = 0.0;  // mean number of pairwise differences, indels left out
     double tajima_D = 0.0;
     double tajima_p = -1.0;  // -1: D could not be computed, or was not tested
 };

@@ -313,4 +313,18 @@ References::References(std::ostream& out, Citation citation, int mode) {
     print_in_list(out, row_of(citation).text, mode);
 }
 
+void cite(std::ostream& out, const std::vector<Citation>& publications) {
+    if (publications.size() == 1) {
+        References(out, publications.front());
+        return;
+    }
+    out << "References:\n";
+    for (std::size_t i = 0; i < publications.size(); ++i) {
+        const int mode = i == 0                         ? References::kFirst
+                         : i + 1 == publications.size() ? References::kLast
+                                                        : References::kMiddle;
+        References(out, publications[i], mode);
+    }
+}
+
 }  // namespace mnd

@@ -3,6 +3,7 @@
 
 #include <ostream>
 #include <string_view>
+#include <vector>
 
 namespace mnd {
 
@@ -110,5 +111,9 @@ public:
     // Text of a citation by the exact key; empty when the table does not hold it.
     static std::string_view get_reference(std::string_view key);
 };
+
+// The publications of one analysis: a single one stands alone, several are a list under the line
+// "References:".
+void cite(std::ostream& out, const std::vector<Citation>& publications);
 
 }  // namespace mnd

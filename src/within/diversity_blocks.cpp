@@ -115,21 +115,6 @@ void print_allele_list_basis(std::ostream& out, const PopGenetics& sample) {
     print_locus_numbers(out, sample);
 }
 
-// A list of publications under the one word that announces it.
-void cite(std::ostream& out, const std::vector<Citation>& publications) {
-    if (publications.size() == 1) {
-        References(out, publications.front());
-        return;
-    }
-    out << "References:\n";
-    for (std::size_t i = 0; i < publications.size(); ++i) {
-        const int mode = i == 0                         ? References::kFirst
-                         : i + 1 == publications.size() ? References::kLast
-                                                        : References::kMiddle;
-        References(out, publications[i], mode);
-    }
-}
-
 // Only these methods have a form for rates that vary among sites.
 bool has_gamma_correction(const PopGenetics& sample) {
     if (sample.profile.DataType != DNA || sample.gamma_a == 0.0) return false;

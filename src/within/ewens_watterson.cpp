@@ -131,6 +131,14 @@ double slatkin_statistic(const int* counts, int k, int n, int* class_counts,
     return s;
 }
 
+int number_of_alleles(const Population& sample) {
+    int k = 0;
+    for (const PHaploDef* entry : sample.hapl_list) {
+        if (entry != nullptr && entry->freq > 0) ++k;
+    }
+    return k;
+}
+
 void list_of_counts(const Population& sample, AlleleList& list) {
     list.Flush();
     for (const PHaploDef* entry : sample.hapl_list) {

@@ -29,6 +29,9 @@ double homozygosity_of_counts(const int* counts, int k, int n);
 double slatkin_statistic(const int* counts, int k, int n, int* class_counts,
                          const std::vector<double>& log_of);
 
+// Haplotypes that gene copies of a sample have.
+int number_of_alleles(const Population& sample);
+
 // The haplotypes of a sample as records: count, its square, and no deviations; descending counts.
 // Haplotypes that no gene copy has are left out. The list is filled afresh.
 void list_of_counts(const Population& sample, MY_TISArrayAsVector<AHaplFreq>& list);

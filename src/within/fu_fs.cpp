@@ -1,11 +1,20 @@
 #include "within/fu_fs.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "model/integer_part.h"
-#include "model/population.h"
+#include "model/popul_dna.h"
+#include "model/popul_rflp.h"
 #include "run/errors.h"
+#include "run/settings.h"
+#include "within/diversity_indices.h"
 #include "within/ewens_sampling.h"
+#include "within/ewens_watterson.h"
+#include "within/indels_left_out.h"
+#include "within/neutral_samples.h"
+#include "within/neutrality_tables.h"
 
 namespace mnd {
 
@@ -44,6 +53,92 @@ int PopGenetics::Fu_Fs(double const& theta, int const& k, double& Fs, bool repor
         warn(report, kNegativeSInFs);
     }
     return 0;
+}
+
+// --- The test of a sample
+
+namespace {
+
+// The observed values. Returns: false when there are none, as was reported
+template <class Sample>
+bool observe(Sample& sample, settings& s, FuReport& report) {
+    report.n = integer_part(sample.sample_size);
+    report.k = number_of_alleles(sample);
+    report.original_k = sample.nb_orig_hapl > 0 ? sample.nb_orig_hapl : report.k;
+    report.checked = s.InferHaplotypeDefinitionFromDistanceMatrix != 0;
+    const IndelsLeftOut differences(sample, s);
+    if (!differences.computed()) return false;
+    sample.calc_theta_pi(sample.mean_pairwise_diff);
+    sample.fu_theta_pi = report.theta_pi = sample.theta_pi;
+    report.exp_k = expected_number_of_alleles(report.theta_pi, report.n);
+    // Fs stays as it is when it can't be computed.
+    report.Fs = std::numeric_limits<double>::quiet_NaN();
+    sample.Fu_Fs(report.theta_pi, report.k, report.Fs, true);
+    report.defined = !std::isnan(report.Fs);
+    sample.fu_Fs = report.defined ? report.Fs : 0.0;
+    return true;
+}
+
+// P-value and moments from simulated samples. Returns: false when the run was stopped
+template <class Sample>
+bool simulate(Sample& sample, const settings& s, FuReport& report) {
+    const int num_sim = std::max(s.NumSimulFuTest, 0);
+    RunningSums theta_pi;
+    RunningSums k;
+    int not_above_observed = 0;
+    NeutralSamples samples(sample, report.theta_pi);
+    const bool finished = samples.simulate(num_sim, s, [&](NeutralSamples& replicate) {
+        const double theta = replicate.mean_pairwise_differences();
+        const int alleles = replicate.alleles();
+        double Fs = 0.0;
+        sample.Fu_Fs(theta, alleles, Fs, false);
+        if (Fs <= report.Fs) ++not_above_observed;
+        theta_pi.add(theta);
+        k.add(alleles);
+    });
+    if (!finished || num_sim == 0) return finished;
+    report.num_sim = num_sim;
+    report.mean_theta_pi = theta_pi.mean();
+    report.sd_theta_pi = theta_pi.sd();
+    report.mean_k = k.mean();
+    report.sd_k = k.sd();
+    report.P = static_cast<double>(not_above_observed) / num_sim;
+    sample.fu_p = report.P;
+    return true;
+}
+
+template <class Sample>
+void test_sample(Sample& sample, settings& s, std::ostream& out) {
+    sample.fu_Fs = sample.fu_theta_pi = 0.0;
+    sample.fu_p = -1.0;
+    if (integer_part(sample.sample_size) < 2) {
+        out << "Fu's Fs test cannot be computed if only one gene in sample\n";
+        return;
+    }
+    if (number_of_alleles(sample) < 2) {
+        out << "Fu's Fs test cannot be computed if only one allele in sample\n";
+        return;
+    }
+    FuReport report;
+    if (!observe(sample, s, report)) {
+        print_no_distances_for_test(out);
+        return;
+    }
+    print_fu(out, report);
+    if (report.defined && report.theta_pi > 0.0) {
+        if (!simulate(sample, s, report)) return;
+        print_fu_simulations(out, report);
+    }
+    write_fu_row(sample, report);
+}
+
+}  // namespace
+
+void fu_test(PopulDNA& sample, settings& s, std::ostream& out) {
+    test_sample(sample, s, out);
+}
+void fu_test(PopulRFLP& sample, settings& s, std::ostream& out) {
+    test_sample(sample, s, out);
 }
 
 }  // namespace mnd

@@ -52,6 +52,10 @@ int original_haplotypes(const PopGenetics& sample, int k) {
     return sample.nb_orig_hapl > 0 ? sample.nb_orig_hapl : k;
 }
 
+void print_warning(std::ostream& out, const char* test) {
+    out << "Warning: " << test << " test of selective neutrality cannot be performed \n";
+}
+
 // A row of a batch summary, which ends with the object. Nothing is written without a file.
 class SummaryRow {
 public:
@@ -121,8 +125,13 @@ void print_too_large(std::ostream& out) {
 }
 
 void print_single_haplotype(std::ostream& out, const char* test) {
-    out << "Warning: " << test << " test of selective neutrality cannot be performed \n"
-        << "when there is a single haplotype in the sample. Skipping task...\n";
+    print_warning(out, test);
+    out << "when there is a single haplotype in the sample. Skipping task...\n";
+}
+
+void print_no_infinite_alleles(std::ostream& out, const char* test) {
+    print_warning(out, test);
+    out << "for microsatellite data. Skipping task...\n";
 }
 
 void print_ewens_watterson(std::ostream& out, const PopGenetics& sample, const settings& s, int k,
@@ -188,6 +197,10 @@ void print_chakraborty(std::ostream& out, const PopGenetics& sample, int k) {
 
 // --- Tests on sequences
 
+void print_no_distances_for_test(std::ostream& out) {
+    out << "The test is impossible because the distances between the haplotypes could not be computed\n";
+}
+
 void print_tajima(std::ostream& out, const TajimaReport& report) {
     const FormatGuard guard(out);
     set_number_format(out);
@@ -203,6 +216,8 @@ void print_tajima(std::ostream& out, const TajimaReport& report) {
     if (report.weighted)
         out << "Substitutions count in Pi by their weights, which are not all 1: D is not the standard one\n";
     out << "\nTajima's D                            : " << report.D << '\n';
+    if (!report.defined)
+        out << "D is given as 0 and not tested: it needs sites with substitutions and four gene copies\n";
 }
 
 void print_tajima_simulations(std::ostream& out, const TajimaReport& report) {

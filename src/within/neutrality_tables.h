@@ -28,6 +28,8 @@ void print_watterson_limits(std::ostream& out);
 void print_too_large(std::ostream& out);
 // In place of a test when there is a single haplotype; test is its name with "'s".
 void print_single_haplotype(std::ostream& out, const char* test);
+// In place of a test that microsatellites do not allow.
+void print_no_infinite_alleles(std::ostream& out, const char* test);
 
 // The tests of Ewens and Watterson and of Slatkin, from the fields of the sample.
 //   k          alleles in the sample
@@ -44,6 +46,8 @@ void print_rank_frequencies(std::ostream& out, const PopGenetics& sample,
 // Chakraborty's test, from the fields of the sample.
 void print_chakraborty(std::ostream& out, const PopGenetics& sample, int k);
 
+// In place of a test on sequences whose distances could not be computed.
+void print_no_distances_for_test(std::ostream& out);
 // The observed values of a test on sequences, and what simulations tell of them.
 void print_tajima(std::ostream& out, const TajimaReport& report);
 void print_tajima_simulations(std::ostream& out, const TajimaReport& report);

@@ -1,9 +1,17 @@
 #include "within/tajima.h"
 
+#include <algorithm>
 #include <cmath>
 
+#include "foundation/data_type.h"
 #include "foundation/special_functions.h"
-#include "model/population.h"
+#include "model/integer_part.h"
+#include "model/popul_dna.h"
+#include "model/popul_rflp.h"
+#include "run/settings.h"
+#include "within/indels_left_out.h"
+#include "within/neutral_samples.h"
+#include "within/neutrality_tables.h"
 
 namespace mnd {
 
@@ -70,6 +78,94 @@ const TajimaResult* PopGenetics::fast_tajimaD(int const& n, double const& pi, do
     tajima_D = fast_tajima_D(constants, pi, S);
     if (S <= 0.0 || !(variance_of_numerator(constants, S) > 0.0)) tajima_p = -1.0;
     return this;
+}
+
+// --- The test of a sample
+
+namespace {
+
+bool is_weighted(double weight) {
+    return weight != 1.0;
+}
+bool has_weights(const PopulDNA& sample) {
+    return is_weighted(sample.ts_weight) || is_weighted(sample.tv_weight);
+}
+bool has_weights(const PopulRFLP&) {
+    return false;
+}
+
+// The observed values. Returns: false when there are none, as was reported
+template <class Sample>
+bool observe(Sample& sample, settings& s, TajimaReport& report) {
+    report.n = integer_part(sample.sample_size);
+    report.S = sample.nb_subst_sites;
+    report.weighted = has_weights(sample);
+    report.restriction_sites = sample.profile.DataType == RFLP;
+    const IndelsLeftOut differences(sample, s);
+    report.pi = sample.mean_pairwise_diff;
+    sample.tajima_S = report.S;
+    sample.tajima_pi = report.pi;
+    sample.calc_theta_S(report.n, report.S);
+    report.theta_S = sample.theta_S;
+    sample.tajima_p = -1.0;
+    report.defined =
+        differences.computed() && tajima_D(tajima_constants(report.n), report.pi, report.S).defined;
+    sample.tajimaD(report.n, report.pi, report.S);
+    report.D = sample.tajima_D;
+    return differences.computed();
+}
+
+// P-values and moments from simulated samples. Returns: false when the run was stopped
+template <class Sample>
+bool simulate(Sample& sample, const settings& s, TajimaReport& report) {
+    const int num_sim = std::max(s.NumSimulFuTest, 0);
+    const TajimaConstants constants = tajima_constants(report.n);
+    RunningSums D;
+    RunningSums theta_S;
+    int not_above_observed = 0;
+    int not_positive = 0;
+    NeutralSamples samples(sample, report.theta_S);
+    const bool finished = samples.simulate(num_sim, s, [&](const NeutralSamples& replicate) {
+        const double S = replicate.segregating_sites();
+        const double D_sim = fast_tajima_D(constants, replicate.mean_pairwise_differences(), S);
+        if (D_sim <= 0.0) ++not_positive;
+        if (D_sim <= report.D) ++not_above_observed;
+        D.add(D_sim);
+        theta_S.add(S / constants.a1);
+    });
+    if (!finished || num_sim == 0) return finished;
+    report.num_sim = num_sim;
+    report.mean_theta_S = theta_S.mean();
+    report.sd_theta_S = theta_S.sd();
+    report.mean_D = D.mean();
+    report.P_not_positive = static_cast<double>(not_positive) / num_sim;
+    report.P = static_cast<double>(not_above_observed) / num_sim;
+    sample.tajima_p = report.P;
+    return true;
+}
+
+template <class Sample>
+void test_sample(Sample& sample, settings& s, std::ostream& out) {
+    TajimaReport report;
+    if (!observe(sample, s, report)) {
+        print_no_distances_for_test(out);
+        return;
+    }
+    print_tajima(out, report);
+    if (report.defined) {
+        if (!simulate(sample, s, report)) return;
+        print_tajima_simulations(out, report);
+    }
+    write_tajima_row(sample, report);
+}
+
+}  // namespace
+
+void tajima_test(PopulDNA& sample, settings& s, std::ostream& out) {
+    test_sample(sample, s, out);
+}
+void tajima_test(PopulRFLP& sample, settings& s, std::ostream& out) {
+    test_sample(sample, s, out);
 }
 
 }  // namespace mnd
