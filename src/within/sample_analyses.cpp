@@ -19,8 +19,10 @@
 #include "within/allele_counts.h"
 #include "within/diversity_blocks.h"
 #include "within/diversity_indices.h"
+#include "within/ewens_watterson.h"
 #include "within/haplotype_frequency_tables.h"
 #include "within/locus_tables.h"
+#include "within/neutrality_tables.h"
 #include "within/sample_distances.h"
 #include "within/sample_network.h"
 
@@ -325,8 +327,6 @@ private:
     }
 
     void tajima() { neutrality_test("Tajima's test cannot be computed \n"); }
-    void chakraborty() { neutrality_test("Chakraborty's test cannot be computed \n"); }
-    void ewens_watterson() { neutrality_test("Ewens-Watterson tests cannot be computed \n"); }
     void fu_fs() { neutrality_test("Fu's Fs test cannot be computed \n"); }
 
     void neutrality_test(const char* impossible) {
@@ -334,6 +334,45 @@ private:
             out_ << impossible << "in case of genotypic data with unknown gametic phase\n\n";
         } else {
             not_held();
+        }
+    }
+
+    // Whether there are haplotypes to test; if not, the document says why.
+    bool has_known_haplotypes(const char* impossible) {
+        if (!has_unknown_phase()) return prepare();
+        out_ << impossible << "in case of genotypic data with unknown gametic phase\n\n";
+        return false;
+    }
+
+    // Microsatellites do not evolve by the infinite-allele model. The checks skip them, a pass on
+    // groups brings these two tasks back.
+    void chakraborty() {
+        if (!has_known_haplotypes("Chakraborty's test cannot be computed \n")) return;
+        if constexpr (kIsMicrosat<Sample>) {
+            print_no_infinite_alleles(out_, "Chakraborty's");
+        } else {
+            sample_.Chakraborty_neutr_test(out_);
+            out_ << '\n';
+            cite(out_, {Citation::Chakraborty_1990, Citation::Ewens_1972});
+        }
+    }
+
+    void ewens_watterson() {
+        if (!has_known_haplotypes("Ewens-Watterson tests cannot be computed \n")) return;
+        if constexpr (kIsMicrosat<Sample>) {
+            print_no_infinite_alleles(out_, "Ewens-Watterson's");
+        } else {
+            MY_TISArrayAsVector<AHaplFreq> alleles(sample_.hapl_list.count + 1, 1);
+            list_of_counts(sample_, alleles);
+            if (std::is_same_v<Sample, PopulStandard> && alleles.count < 2) {
+                print_single_haplotype(out_, "Ewens-Watterson's");
+                write_ewens_watterson_row(sample_, AlleleCountFault::kOneAllele);
+            } else {
+                sample_.EW_neutrality_tests(s_, out_, alleles);
+            }
+            out_ << '\n';
+            cite(out_, {Citation::Ewens_1972, Citation::Watterson_1978, Citation::Slatkin_1994,
+                        Citation::Slatkin_1996});
         }
     }
 
