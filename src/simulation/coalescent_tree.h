@@ -198,22 +198,33 @@ private:
     TListNode active_;  // working lists, kept between replicates
     TListNode parked_;
 
-    friend struct IslandEvents;
     TNode* node(int i) { return &nodes[static_cast<std::size_t>(i)]; }
-    void list_leaves();
-    void coalesce(TListNode& list, TNode* parent);
+    const TNode* node(int i) const { return &nodes[static_cast<std::size_t>(i)]; }
     void start_replicate();
+    void list_leaves();
+    static void link(TNode* parent, TNode* child, TNode* TNode::*side);
+    static void coalesce(TListNode& list, TNode* parent);
+
+    void start_demes(int number);
+    void empty_demes();
+    void make_group_demes(int per_group, int groups);
+    void start_islands();
+    void take_gene_copies(int number);
     void place_sample(const Population& sample, int deme, int group, int& leaf);
-    void settle_places();
-    void use_deme(int deme);
-    void link(TNode* parent, TNode* child, TNode* TNode::*side);
+    template <class Migrate>
+    int run_islands(Migrate migrate);
     int locate_lineage(int place, int& slot) const;
-    TNode* take_lineage(int occupied_index, int slot);
+    TNode* take_lineage(int place_in_occupied, int slot);
     void put_lineage(TNode* lineage, int deme);
     void set_coal_rate(int deme);
     void update_mig_rate();
     int coalescing_deme(double u) const;
 };
+
+// Drops mutations on a tree: prepares the sites and calls TNode::add_mutations on the root; see
+// PopGenetics::sprinkle_mutations (sample_simulation.cpp).
+// Returns: mutations in all; 0 after warning 177 or in an empty tree
+long drop_mutations(TTree& tree, const MutationModel& model);
 
 // A genealogy that is printed.
 class TGenealogy : public TTree {

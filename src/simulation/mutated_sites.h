@@ -18,6 +18,8 @@
 
 namespace mnd {
 
+class MutationProcess;
+class TNode;
 class TTree;
 
 class MutatedSites {
@@ -79,12 +81,11 @@ private:
 
     // A mutation: the leaves at the places first to end - 1 of pre-order get the state.
     struct Event {
-        int site;
         int first;
         int end;
         int state;
-        int enclosing;  // event of the site on the way to the root that stands at this branch, or kNone
-        int previous;   // event of the site before this one, or kNone
+        int enclosing;  // the event of the site that gave the branch its state before, or kNone
+        int previous;   // the event of the site before this one, or kNone
     };
     struct Segregating {
         int site;
@@ -92,47 +93,62 @@ private:
         int first_state;  // index in states_
         int last_event;
         int num_events;
+        int num_codes;  // the states that fill_column numbers
     };
-    class Walk;
 
-    void start(TTree& tree, const MutationModel& model);
+    void start(const TTree& tree, const MutationModel& model);
+    void count_leaves(const TTree& tree);
+    void drop_mutations(TTree& tree, const MutationModel& model);
+    void mutate(const MutationProcess& process, int first, int end);
     int root_state(int site) const;
-    void add_event(int site, int first, int end, int state, int enclosing);
+
     void count_site(int site);
-    void count_single(const Event& event, int last);
+    void count_single(int site, int last);
     void count_multiple(int site, int last);
-    void add_segregating(int site, int last, std::size_t first_state);
-    void fill_column(const Segregating& s);
-    void split_haplotypes(const Segregating& s);
+    int code_of(int state);
+    int fill_column(int site, int last);
+
+    void split_classes(int first, int end);
+    void split_by_column(int num_codes);
+    void compact_classes();
+    void count_classes();
+
     void build_planes();
+    void set_plane_bits(const Segregating& s, int bits, int shift);
 
     int num_leaves_ = 0;
-    long num_mutations_ = 0;
     int num_sites_ = 0;
     bool nucleotides_ = false;
+    long num_mutations_ = 0;
     std::int64_t pair_differences_ = 0;
     std::int64_t pair_transitions_ = 0;
-    std::vector<Segregating> sites_;
+    std::vector<Segregating> sites_;  // in order of the first mutation
     std::vector<StateCount> states_;
 
-    std::vector<double> root_draws_;         // per site, the number that gave the nucleotide of the root
-    std::vector<int> below_;                 // per node, leaves below it
-    std::vector<int> leaf_at_;               // leaf at each place of pre-order
-    std::vector<int> place_of_;              // place of each leaf
-    std::vector<Event> events_;              // in order of their draws
-    std::vector<int> last_event_;            // per site, or kNone
-    std::vector<int> mutated_;               // sites in order of the first mutation
-    std::vector<const class TNode*> stack_;  // not owned
-    std::vector<int> column_;                // code of the state at each place of pre-order
-    std::vector<int> values_;                // states of a site by code
+    std::vector<Event> events_;       // in the order of their draws
+    std::vector<int> last_event_;     // per site, or kNone
+    std::vector<int> mutated_;        // sites in order of the first mutation
+    std::vector<double> root_draws_;  // per site, the number that makes the nucleotide of the root
+    std::vector<int> leaf_at_;        // leaf at each place of pre-order
+    std::vector<int> place_of_;       // place of each leaf
+
+    bool haplotypes_counted_ = false;
+    int num_classes_ = 0;
+    std::vector<int> class_of_;  // per place, its class among the sequences told apart so far
+    std::vector<int> haplotype_counts_;
+
+    // Working storage, kept between replicates.
+    std::vector<int> below_;     // per node, leaves below it
+    std::vector<TNode*> stack_;  // not owned: nodes still to be visited
+    std::vector<int> column_;    // per place, code of the state at the site at hand
+    std::vector<int> values_;    // the state of each code
     std::vector<int> code_counts_;
     std::vector<int> chain_;
-    std::vector<int> class_of_;  // haplotype of each place
     std::vector<int> renamed_;
-    std::vector<int> haplotype_counts_;
-    bool haplotypes_counted_ = false;
+    std::vector<int> order_;
+    std::vector<int> row_;
     std::vector<std::uint64_t> planes_;
-    std::vector<int> plane_bits_;
+    std::vector<int> plane_bits_;  // per block
 };
 
 }  // namespace mnd
