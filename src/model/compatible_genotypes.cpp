@@ -39,20 +39,24 @@ public:
         } else {
             try_all_haplotypes();
         }
-        std::sort(known_.settings.begin(), known_.settings.end());
-        known_.settings.erase(std::unique(known_.settings.begin(), known_.settings.end()),
-                              known_.settings.end());
         return std::move(known_);
     }
 
 private:
+    // Counts from 0 to the highest number and makes the loci follow, two digits a step on average.
     void try_all_settings() {
         const std::size_t digits = known_.digits.size();
         std::vector<bool> setting(digits, false);
-        for (int64_t g = 0; g < int64_t{1} << digits; ++g) {
-            for (std::size_t k = 0; k < digits; ++k)
-                setting[k] = (g >> (digits - 1 - k) & 1) != 0;
-            keep_if_estimated(setting);
+        const auto set = [&](std::size_t digit, bool value) {
+            setting[digits - 1 - digit] = value;
+            set_locus(loci_[digit], value, a_, b_);
+        };
+        for (std::size_t digit = 0;; digit = 0) {
+            if (is_estimated(a_) && is_estimated(b_)) known_.settings.push_back(setting);
+            for (; digit < digits && setting[digits - 1 - digit]; ++digit)
+                set(digit, false);
+            if (digit == digits) return;
+            set(digit, true);
         }
     }
 
@@ -62,6 +66,9 @@ private:
         for (TPopHaplotype const* second : store_) {
             if (second->freq > threshold_ && read_setting(*second, setting)) keep_if_estimated(setting);
         }
+        std::sort(known_.settings.begin(), known_.settings.end());
+        known_.settings.erase(std::unique(known_.settings.begin(), known_.settings.end()),
+                              known_.settings.end());
     }
 
     // The setting that makes this haplotype the second of the pair; false if none does.

@@ -287,16 +287,30 @@ bool TPopHaploDB::convergence(double const& eps) {
     return change < eps;
 }
 
-void TPopHaploDB::assign_rand_init_freq(int const& k) {
+void draw_start_frequencies(std::vector<double>& freq, std::vector<char> const& is_fixed, int k) {
+    freq.resize(is_fixed.size());
     double sum = 0.0;
-    for (TPopHaplotype* haplotype : *this) {
-        haplotype->freq = haplotype->homo_flag == 0 ? k * ran3() + 1.0 : 1.0;
-        sum += haplotype->freq;
+    for (std::size_t h = 0; h < freq.size(); ++h) {
+        freq[h] = is_fixed[h] == 0 ? k * ran3() + 1.0 : 1.0;
+        sum += freq[h];
     }
-    for (TPopHaplotype* haplotype : *this) {
-        haplotype->freq /= sum;
-        haplotype->prev_freq = haplotype->freq;
-    }
+    for (double& f : freq)
+        f /= sum;
+}
+
+std::vector<char> TPopHaploDB::fixed_starts() const {
+    std::vector<char> is_fixed;
+    is_fixed.reserve(static_cast<std::size_t>(count));
+    for (TPopHaplotype const* haplotype : *this)
+        is_fixed.push_back(haplotype->homo_flag == 0 ? 0 : 1);
+    return is_fixed;
+}
+
+void TPopHaploDB::assign_rand_init_freq(int const& k) {
+    std::vector<double> start;
+    draw_start_frequencies(start, fixed_starts(), k);
+    for (long h = 0; h < count; ++h)
+        data[h]->freq = data[h]->prev_freq = start[static_cast<std::size_t>(h)];
 }
 
 namespace {

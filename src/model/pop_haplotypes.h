@@ -84,6 +84,13 @@ void shrink(TPopHaplotype& haplotype, void* arg);
 // Hash of the allele pointers; equal haplotypes have equal hashes.
 std::size_t hash_alleles(TPopHaplotype const& haplotype);
 
+// Frequencies at a random start of an estimation: the weights k u + 1, or 1 where is_fixed is not 0,
+// over their sum.
+//   is_fixed   per haplotype
+// Writes: freq, resized to is_fixed
+// Draws:  one per haplotype that is not fixed
+void draw_start_frequencies(std::vector<double>& freq, std::vector<char> const& is_fixed, int k);
+
 // The haplotypes of one estimation, in order of insertion. Owns them.
 //
 // find and insert are hashed and give the first match. Whoever changes the alleles of an entry
@@ -115,9 +122,11 @@ public:
     void reset_homo_count();
     // Whether the sum of |freq - prev_freq| is below eps.  Writes: prev_freq = freq
     bool convergence(double const& eps);
-    // Random start: weight k u + 1, or 1 with homo_flag set; freq = prev_freq = weight / sum.
-    // Draws: one per entry with homo_flag 0
+    // Random start: freq = prev_freq = the frequency of draw_start_frequencies, which is fixed for
+    // an entry with homo_flag set.
     void assign_rand_init_freq(int const& k);
+    // Per entry, whether homo_flag is set.
+    std::vector<char> fixed_starts() const;
     // ld_d = freq - product of the marginals of the alleles; ld_d_prime = ld_d over its bound at
     // the first two positions, 0 when the bound is 1e-06 or less.
     // Cost:   O(entries x loci)

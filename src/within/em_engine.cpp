@@ -61,6 +61,7 @@ public:
           resolutions_(phen, haplo),
           iteration_(resolutions_, static_cast<std::size_t>(haplo.count),
                      {gene_copies, task.inbreeding, estimates_F_}),
+          is_fixed_(haplo.fixed_starts()),
           best_freq_(static_cast<std::size_t>(haplo.count)) {
         for (std::size_t h = 0; h < best_freq_.size(); ++h)
             iteration_.ibd[h] = haplotype(h).homo_freq;
@@ -104,9 +105,8 @@ private:
     TPopHaplotype& haplotype(std::size_t h) const { return *haplo_.data[h]; }
 
     void take_random_start() {
-        haplo_.assign_rand_init_freq(kRandomStartScale);
-        for (std::size_t h = 0; h < best_freq_.size(); ++h)
-            iteration_.old_freq[h] = iteration_.freq[h] = haplotype(h).freq;
+        draw_start_frequencies(iteration_.freq, is_fixed_, kRandomStartScale);
+        iteration_.old_freq = iteration_.freq;
         iteration_.F = estimates_F_ ? ran3() / 3.0 : task_.inbreeding ? task_.F : 0.0;
     }
 
@@ -116,6 +116,7 @@ private:
     bool estimates_F_;
     EmResolutions resolutions_;
     EmIteration iteration_;
+    std::vector<char> is_fixed_;     // per haplotype: starts with the least weight
     std::vector<double> best_freq_;  // 0 until a start succeeds
     double best_likelihood_ = kLowestLogLikelihood;
     double best_F_ = 0.0;

@@ -373,6 +373,22 @@ TEST_F(EmEngine, NoIterationLeavesTheFrequenciesAtTheStart) {
         EXPECT_DOUBLE_EQ(found.haplo.data[h]->freq, plain.freq[h]);
 }
 
+// A haplotype whose start is fixed has the weight 1, takes no draw, and keeps both at every start.
+TEST_F(EmEngine, FixedStartsTakeNoDraw) {
+    Estimated found({{"A", "B", 3}});
+    for (mnd::TPhenotype* phenotype : found.sample.phen_db)
+        phenotype->phen_prob = 0.5;
+    found.haplo.insert(found.haplotype("A"), 0.0)->homo_flag = 1;
+    seed();
+    const double weight = 1.0 + 1000.0 * mnd::ran3();
+    seed();
+    mnd::reset_draws_taken();
+    found.run(2, 0, 1e-7);
+    EXPECT_EQ(mnd::draws_taken(), 2U);
+    EXPECT_DOUBLE_EQ(found.freq("A"), 1.0 / (1.0 + weight));
+    EXPECT_DOUBLE_EQ(found.freq("B"), weight / (1.0 + weight));
+}
+
 TEST_F(EmEngine, NoIterationOfNewPhenotypesIsAFailure) {
     Estimated found(kThreeLoci);
     EXPECT_EQ(found.run(3, 0, 1e-7), mnd::kLowestLogLikelihood);
