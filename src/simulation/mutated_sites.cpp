@@ -40,6 +40,7 @@ void MutatedSites::start(const TTree& tree, const MutationModel& model) {
     num_leaves_ = tree.sample_size;
     num_sites_ = std::max(model.sites, 0);
     nucleotides_ = model.type == kNucleotideMutation;
+    always_new_ = model.type == kNewStateMutation;
     num_mutations_ = 0;
     pair_differences_ = pair_transitions_ = 0;
     haplotypes_counted_ = false;
@@ -140,8 +141,10 @@ void MutatedSites::count_single(int site, int last) {
 
 // Code of a state of the site at hand, in order of appearance.
 int MutatedSites::code_of(int state) {
-    const auto found = std::find(values_.begin(), values_.end(), state);
-    if (found != values_.end()) return static_cast<int>(found - values_.begin());
+    if (!always_new_) {
+        const auto found = std::find(values_.begin(), values_.end(), state);
+        if (found != values_.end()) return static_cast<int>(found - values_.begin());
+    }
     values_.push_back(state);
     return static_cast<int>(values_.size()) - 1;
 }

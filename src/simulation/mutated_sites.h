@@ -119,6 +119,7 @@ private:
     int num_leaves_ = 0;
     int num_sites_ = 0;
     bool nucleotides_ = false;
+    bool always_new_ = false;  // no two mutations of a site give the same state
     long num_mutations_ = 0;
     std::int64_t pair_differences_ = 0;
     std::int64_t pair_transitions_ = 0;
