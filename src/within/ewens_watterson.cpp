@@ -16,6 +16,11 @@ namespace {
 
 constexpr int kReplicatesPerUnit = 100;  // of the work done
 
+// Different configurations often have the same statistic (the squares of 8 4 1 and of 7 4 4 add up
+// to 81), which rounding must not tell apart. Values of F that differ do so by 1/n^2 at least.
+constexpr double kRoundingOfF = 1e-10;
+constexpr double kRoundingOfSlatkin = 1e-12;  // relative, from 1 on
+
 using AlleleList = MY_TISArrayAsVector<AHaplFreq>;
 
 std::vector<int> counts_of(const AlleleList& alleles) {
@@ -164,10 +169,10 @@ double PopGenetics::compute_rand_frequencies_and_F(AlleleList& ranks, double con
         ranks.data[i]->sd += count * count;
     }
     const double F = homozygosity_of_counts(counts, k, n);
-    if (F <= observed_F) count_F += 1.0;
+    if (F <= observed_F + kRoundingOfF) count_F += 1.0;
     if (slatkin_test != 0) {
         const double s = slatkin_statistic(counts, k, n, class_counts, sampler->log_of());
-        if (s <= slatkin_obs) count_slatkin += 1.0;
+        if (s <= slatkin_obs + kRoundingOfSlatkin * std::max(1.0, -slatkin_obs)) count_slatkin += 1.0;
     }
     return F;
 }

@@ -4,10 +4,11 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/message_codes.h"
+#include "foundation/report.h"
 #include "model/integer_part.h"
 #include "model/popul_dna.h"
 #include "model/popul_rflp.h"
-#include "run/errors.h"
 #include "run/settings.h"
 #include "within/diversity_indices.h"
 #include "within/ewens_sampling.h"
@@ -23,7 +24,7 @@ namespace {
 constexpr const char* kReporter = "PopGenetics::Fu_Fs()";
 
 void warn(bool report_it, MessageCode code) {
-    if (report_it) E.error(Warning, kReporter, code);
+    if (report_it) mnd::report(Warning, kReporter, code);
 }
 
 }  // namespace
@@ -121,7 +122,7 @@ void test_sample(Sample& sample, settings& s, std::ostream& out) {
     }
     FuReport report;
     if (!observe(sample, s, report)) {
-        print_no_distances_for_test(out);
+        if (!s.stopped()) print_no_distances_for_test(out);
         return;
     }
     print_fu(out, report);

@@ -20,11 +20,13 @@
 #include "within/diversity_blocks.h"
 #include "within/diversity_indices.h"
 #include "within/ewens_watterson.h"
+#include "within/fu_fs.h"
 #include "within/haplotype_frequency_tables.h"
 #include "within/locus_tables.h"
 #include "within/neutrality_tables.h"
 #include "within/sample_distances.h"
 #include "within/sample_network.h"
+#include "within/tajima.h"
 
 namespace mnd {
 
@@ -118,7 +120,7 @@ private:
              &SampleAnalyses::hardy_weinberg},
             {kTaskDistanceFiles, nullptr, "Writing distances between haplotypes...",
              &SampleAnalyses::distance_file},
-            {kTaskTajima, "== Tajima's test of selective neutrality : (", "Computing Tajima's test...",
+            {kTaskTajima, "== Tajima's test of selective neutrality : (", "Computing Tajima's D...",
              &SampleAnalyses::tajima},
             {kTaskChakraborty, "== Chakraborty's test of selective neutrality : (",
              "Computing Chakraborty's test...", &SampleAnalyses::chakraborty},
@@ -326,22 +328,31 @@ private:
         }
     }
 
-    void tajima() { neutrality_test("Tajima's test cannot be computed \n"); }
-    void fu_fs() { neutrality_test("Fu's Fs test cannot be computed \n"); }
-
-    void neutrality_test(const char* impossible) {
-        if (has_unknown_phase()) {
-            out_ << impossible << "in case of genotypic data with unknown gametic phase\n\n";
-        } else {
-            not_held();
-        }
-    }
-
     // Whether there are haplotypes to test; if not, the document says why.
     bool has_known_haplotypes(const char* impossible) {
         if (!has_unknown_phase()) return prepare();
         out_ << impossible << "in case of genotypic data with unknown gametic phase\n\n";
         return false;
+    }
+
+    bool has_sequences(const char* impossible) {
+        if (!has_known_haplotypes(impossible)) return false;
+        if (!kIsSequence<Sample>) out_ << impossible << "without DNA sequences or RFLP haplotypes\n\n";
+        return kIsSequence<Sample>;
+    }
+
+    void tajima() {
+        if (!has_sequences("Tajima's test cannot be computed \n")) return;
+        if constexpr (kIsSequence<Sample>) tajima_test(sample_, s_, out_);
+        out_ << '\n';
+        cite(out_, {Citation::Tajima_1989});
+    }
+
+    void fu_fs() {
+        if (!has_sequences("Fu's Fs test cannot be computed \n")) return;
+        if constexpr (kIsSequence<Sample>) fu_test(sample_, s_, out_);
+        out_ << '\n';
+        cite(out_, {Citation::Fu_1997});
     }
 
     // Microsatellites do not evolve by the infinite-allele model. The checks skip them, a pass on

@@ -148,7 +148,7 @@ template <class Sample>
 void test_sample(Sample& sample, settings& s, std::ostream& out) {
     TajimaReport report;
     if (!observe(sample, s, report)) {
-        print_no_distances_for_test(out);
+        if (!s.stopped()) print_no_distances_for_test(out);
         return;
     }
     print_tajima(out, report);
