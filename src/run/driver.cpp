@@ -4,16 +4,19 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <string>
 
+#include "foundation/format_guard.h"
 #include "foundation/number_text.h"
 #include "foundation/random.h"
 #include "model/population.h"
 #include "run/errors.h"
 #include "run/process.h"
 #include "run/project.h"
+#include "run/settings_reader.h"
 
 namespace mnd {
 
@@ -99,6 +102,15 @@ void take_associated_settings() {
     path += ".mns";
     copy_path(set_file, path.c_str(), kPathBuffer);
     PPP->the_settings.settings_file_name = set_file;
+}
+
+// Numbers that the file's own reader takes for others must not pass unseen.
+void warn_of_misread_settings(const settings& s, const my_string& path) {
+    const FormatGuard guard(*_AOS_);
+    *_AOS_ << std::defaultfloat << std::setprecision(10);
+    for (const MisreadSetting& setting : misread_settings(s, path.c_str()))
+        *_AOS_ << "Warning: the setting " << setting.key << '=' << setting.text << " is read as "
+               << setting.value << '\n';
 }
 
 bool report_missing_settings(const Walk& walk, const char* log_text) {
@@ -204,6 +216,7 @@ bool walk_one_project(Walk& walk) {
     }
     my_string settings_path(set_file);
     PPP->the_settings.read_settings(settings_path);
+    warn_of_misread_settings(PPP->the_settings, settings_path);
     read_integer_line(walk.run, PPP->the_settings.append_results);
     read_integer_line(walk.run, PPP->the_settings.KeepNullDistrib);
     name_current_project();

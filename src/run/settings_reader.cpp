@@ -1,8 +1,13 @@
 #include "run/settings_reader.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstring>
 #include <fstream>
+#include <optional>
+#include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "foundation/my_string.h"
 #include "run/settings.h"
@@ -13,6 +18,38 @@ namespace mnd {
 namespace {
 
 constexpr int kValueSize = 100;
+
+// The number of a field; none for a text and for a bool, which only asks whether it is zero.
+std::optional<double> number_of(const settings& s, const SettingKey& key) {
+    return std::visit(
+        [&s](auto field) -> std::optional<double> {
+            using Value = std::decay_t<decltype(s.*field)>;
+            if constexpr (std::is_same_v<Value, my_string> || std::is_same_v<Value, bool>) {
+                return std::nullopt;
+            } else {
+                return static_cast<double>(s.*field);
+            }
+        },
+        key.field);
+}
+
+// The number that a whole text spells, blanks around it aside.
+std::optional<double> spelled_number(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t";
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return std::nullopt;
+    text = text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+    double number = 0.0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, fault] = std::from_chars(text.data(), end, number);
+    return fault == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+// Digits behind the tenth are lost in any decimal text.
+bool same_number(double read, double spelled) {
+    constexpr double kTolerance = 1e-9;
+    return std::fabs(read - spelled) <= kTolerance * std::fabs(spelled);
+}
 
 }  // namespace
 
@@ -72,6 +109,20 @@ void settings::read_settings(const my_string& file_name) {
         }
     }
     update_has_em_task();
+}
+
+std::vector<MisreadSetting> misread_settings(const settings& s, const char* file) {
+    const SettingsLines lines(file);
+    std::vector<MisreadSetting> misread;
+    for (const SettingKey& key : setting_keys()) {
+        const SettingsLines::Match match = lines.find(key.name, kValueSize);
+        const std::optional<double> value = number_of(s, key);
+        if (match.line == SettingsLines::kNone || !value) continue;
+        const std::optional<double> spelled = spelled_number(match.value);
+        const bool same = spelled && same_number(*value, *spelled);
+        if (!same) misread.push_back({key.name, std::string(match.value), *value});
+    }
+    return misread;
 }
 
 void settings::update_has_em_task() {

@@ -8,6 +8,8 @@
 
 namespace mnd {
 
+class settings;
+
 // The lines that have a "=" sign, read once for all keys.
 class SettingsLines {
 public:
@@ -29,5 +31,18 @@ public:
 private:
     std::vector<std::string> lines_;
 };
+
+// A key whose text means another number to its reader than to anybody else: "1e-7" without a
+// point, a negative number, a fraction for a whole one, or no number at all.
+struct MisreadSetting {
+    const char* key;
+    std::string text;  // as it stands in the file
+    double value;      // what the field became
+};
+
+// The numeric keys of the file that settings::read_settings took for something else, in the order
+// of the table.
+//   s  as the file left it
+std::vector<MisreadSetting> misread_settings(const settings& s, const char* file);
 
 }  // namespace mnd

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "run/settings.h"
 #include "run/settings_table.h"
@@ -242,4 +243,36 @@ TEST_F(SettingsReader, JunkIsReadWithoutHarm) {
     read(s, junk + "\nTaskNumber=" + std::string(1000, '9') + "\nGammaAValue=.e-.=" + junk);
     read(s, std::string(200000, '=') + "TaskNumber\n" + std::string(300, '\0') + "=TaskNumber");
     SUCCEED();
+}
+
+TEST_F(SettingsReader, NumbersReadAsOthersAreNamed) {
+    settings s;
+    read(s,
+         "EpsilonValue=1e-7\nFrequencyThreshold= 1.0e-05 \nGammaAValue=-0.5\nEMWinSize=3\n"
+         "NumPermutationsAMOVA=10.5\nInitialConditionsEM=many\nTaskNumber=513\n");
+    const std::vector<mnd::MisreadSetting> misread = mnd::misread_settings(s, path_.c_str());
+    std::string names;
+    for (const mnd::MisreadSetting& setting : misread)
+        names += std::string(setting.key) + '=' + setting.text + ';';
+    EXPECT_NE(names.find("EpsilonValue=1e-7;"), std::string::npos) << names;
+    EXPECT_NE(names.find("InitialConditionsEM=many;"), std::string::npos) << names;
+    EXPECT_NE(names.find("NumPermutationsAMOVA=10.5;"), std::string::npos) << names;
+    EXPECT_EQ(names.find("FrequencyThreshold"), std::string::npos) << names;
+    EXPECT_EQ(names.find("EMWinSize"), std::string::npos) << names;
+    EXPECT_EQ(names.find("TaskNumber"), std::string::npos) << names;
+    ASSERT_FALSE(misread.empty());
+    for (const mnd::MisreadSetting& setting : misread) {
+        if (std::string(setting.key) == "EpsilonValue") {
+            EXPECT_EQ(setting.value, s.EpsilonValue);
+        }
+    }
+}
+
+TEST_F(SettingsReader, WhatTheWriterWritesIsReadAsItself) {
+    settings written;
+    written.print_settings(path_.c_str());
+    settings s;
+    s.read_settings(path_.c_str());
+    for (const mnd::MisreadSetting& setting : mnd::misread_settings(s, path_.c_str()))
+        ADD_FAILURE() << setting.key << '=' << setting.text << " is read as " << setting.value;
 }
