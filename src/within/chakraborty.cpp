@@ -48,7 +48,7 @@ void PopGenetics::Chakraborty_neutr_test(std::ostream& out, MY_TISArrayAsVector<
     const int k = static_cast<int>(alleles.count);
     p_exactly_k = p_k_or_more = -1.0;
     if (k < 2) {
-        print_single_haplotype(out, "Chakraborty's");
+        print_single_haplotype(out, kChakrabortyWarning);
     } else if (k >= n) {
         print_all_different(out);
     } else if (n >= kNeutralityCopyLimit || k >= kNeutralityAlleleLimit || !ensure_B(n, k)) {

@@ -52,10 +52,6 @@ int original_haplotypes(const PopGenetics& sample, int k) {
     return sample.nb_orig_hapl > 0 ? sample.nb_orig_hapl : k;
 }
 
-void print_warning(std::ostream& out, const char* test) {
-    out << "Warning: " << test << " test of selective neutrality cannot be performed \n";
-}
-
 // A row of a batch summary, which ends with the object. Nothing is written without a file.
 class SummaryRow {
 public:
@@ -124,14 +120,12 @@ void print_too_large(std::ostream& out) {
         << "\n or the number of Alleles is bigger than " << kNeutralityAlleleLimit << '\n';
 }
 
-void print_single_haplotype(std::ostream& out, const char* test) {
-    print_warning(out, test);
-    out << "when there is a single haplotype in the sample. Skipping task...\n";
+void print_single_haplotype(std::ostream& out, const char* warning) {
+    out << warning << "when there is a single haplotype in the sample. Skipping task...\n";
 }
 
-void print_no_infinite_alleles(std::ostream& out, const char* test) {
-    print_warning(out, test);
-    out << "for microsatellite data. Skipping task...\n";
+void print_no_infinite_alleles(std::ostream& out, const char* warning) {
+    out << warning << "for microsatellite data. Skipping task...\n";
 }
 
 void print_ewens_watterson(std::ostream& out, const PopGenetics& sample, const settings& s, int k,

@@ -26,10 +26,14 @@ void print_all_different(std::ostream& out);
 // The sample is beyond the limits of the tests.
 void print_watterson_limits(std::ostream& out);
 void print_too_large(std::ostream& out);
-// In place of a test when there is a single haplotype; test is its name with "'s".
-void print_single_haplotype(std::ostream& out, const char* test);
-// In place of a test that microsatellites do not allow.
-void print_no_infinite_alleles(std::ostream& out, const char* test);
+// In place of a test when there is a single haplotype, and of one that microsatellites do not allow.
+//   warning   one of these two
+inline constexpr const char* kChakrabortyWarning =
+    "Warning: Chakraborty's test of selective neutrality cannot be performed \n";
+inline constexpr const char* kEwensWattersonWarning =
+    "Warning: Ewens-Watterson's test of selective neutrality cannot be performed \n";
+void print_single_haplotype(std::ostream& out, const char* warning);
+void print_no_infinite_alleles(std::ostream& out, const char* warning);
 
 // The tests of Ewens and Watterson and of Slatkin, from the fields of the sample.
 //   k          alleles in the sample

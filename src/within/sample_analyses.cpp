@@ -360,7 +360,7 @@ private:
     void chakraborty() {
         if (!has_known_haplotypes("Chakraborty's test cannot be computed \n")) return;
         if constexpr (kIsMicrosat<Sample>) {
-            print_no_infinite_alleles(out_, "Chakraborty's");
+            print_no_infinite_alleles(out_, kChakrabortyWarning);
         } else {
             sample_.Chakraborty_neutr_test(out_);
             out_ << '\n';
@@ -371,12 +371,12 @@ private:
     void ewens_watterson() {
         if (!has_known_haplotypes("Ewens-Watterson tests cannot be computed \n")) return;
         if constexpr (kIsMicrosat<Sample>) {
-            print_no_infinite_alleles(out_, "Ewens-Watterson's");
+            print_no_infinite_alleles(out_, kEwensWattersonWarning);
         } else {
             MY_TISArrayAsVector<AHaplFreq> alleles(sample_.hapl_list.count + 1, 1);
             list_of_counts(sample_, alleles);
             if (std::is_same_v<Sample, PopulStandard> && alleles.count < 2) {
-                print_single_haplotype(out_, "Ewens-Watterson's");
+                print_single_haplotype(out_, kEwensWattersonWarning);
                 write_ewens_watterson_row(sample_, AlleleCountFault::kOneAllele);
             } else {
                 sample_.EW_neutrality_tests(s_, out_, alleles);
