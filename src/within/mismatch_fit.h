@@ -11,13 +11,16 @@
 // class above the last one, with no pairs.
 #pragma once
 
+#include <cstdint>
 #include <fstream>
+#include <memory>
 #include <vector>
 
 #include "model/mismatch_result.h"
 
 namespace mnd {
 
+class MutatedSites;
 class PopGenetics;
 class settings;
 
@@ -71,7 +74,8 @@ public:
     double ssd_work = 0.0;  // sum of squared deviations at the end of the last search
     double transition_rate = 0.33;
     double alpha_ci = 0.05;
-    int num_boot = 0;  // replicates asked for; after the bootstrap those that count
+    bool fitted = false;  // a fit was made: the sample has pairs
+    int num_boot = 0;     // replicates asked for; after the bootstrap those that count
     double ssd_obs = 0.0;
     double p_ssd = 0.0;
     double rag_obs = 0.0;
@@ -140,13 +144,13 @@ public:
 
     // Replicates of the simulation and its fit, their P-values and percentiles, and their block.
     //   freq     observed shares
-    //   model    shares of the fitted curve, slots 1 .. count
+    //   fitted_shares    shares of the fitted curve, slots 1 .. count
     //   total    observed pairs
     //   asked    replicates
     // Writes:  num_boot, p_ssd, p_rag, percentiles; settings::global_work_done, 1 a replicate
     // Returns: false, without results, when the work was stopped. The parameters are the fitted
     //          ones again.
-    bool make_bootstrap(double* diff, double* freq, double* fitted, int& count, int const& total,
+    bool make_bootstrap(double* diff, double* freq, double* fitted_shares, int& count, long const& total,
                         std::basic_fstream<char>& out, int asked);
 
     // Estimates and results in one record.
@@ -168,13 +172,17 @@ protected:
 
     // Replicates of the present parameters, which are put back before each fit and at the end.
     // Returns: false when the work was stopped
-    bool run_replicates(const double* diff, int count, int asked, ReplicateResults& results);
+    bool run_replicates(int count, int asked, ReplicateResults& results);
+    // Room for the trees of the sample, and no trace of the simulations of another analysis.
+    void begin_simulations();
     // num_boot, p_ssd, p_rag and percentiles from sorted results.
     void summarise(const ReplicateResults& results);
 
+    std::unique_ptr<MutatedSites> simulated_;  // owned: of the last replicate; null before the first
+
 private:
-    struct Trial;
-    void keep_replicate(const double* freq, int count, ReplicateResults& results) const;
+    void keep_replicate(double* diff, double* freq, int count, double raggedness,
+                        ReplicateResults& results) const;
     void fill_weights(int top);
 
     std::vector<double> weight_vect_;  // owned: Poisson terms of Tau without exp(-Tau)
@@ -185,6 +193,7 @@ private:
     int weight_top_ = -1;
     int f0_top_ = -1;
     int f1_top_ = -1;
+    std::vector<std::int64_t> simulated_pairs_;  // owned: pairs of the last replicate, by difference
     int simulated_sites_ = 0;
 };
 

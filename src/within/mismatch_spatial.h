@@ -54,8 +54,8 @@ public:
     // As simulate_miss, of a deme after a range expansion.
     int simulate_spatial_exp(double* diff, double* freq, int& count);
     // As make_bootstrap, for the form of three parameters.
-    bool make_bootstrap_spatial_exp(double* diff, double* freq, double* fitted, int& count, int const& total,
-                                    std::basic_fstream<char>& out, int asked);
+    bool make_bootstrap_spatial_exp(double* diff, double* freq, double* fitted_shares, int& count,
+                                    long const& total, std::basic_fstream<char>& out, int asked);
 
     ExpansionFit result() const override;
 
@@ -69,12 +69,10 @@ protected:
 
 private:
     struct Curve;
-    struct Search;
     void raise_parameters();
     Curve curve(bool cut_after) const;
     double share(const Curve& c, int i) const;
     void fill_curve(const Curve& c, int top);
-    bool search(Search& search, double* diff, double* freq, int count, int step_limit, double threshold);
 
     std::vector<double> poisson_;  // owned: T^k / k!
     std::vector<double> before_;   // owned: powers of theta0 / (theta0 + 1)

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <ctime>
+#include <fstream>
 #include <string>
 #include <type_traits>
 
@@ -23,6 +24,8 @@
 #include "within/fu_fs.h"
 #include "within/haplotype_frequency_tables.h"
 #include "within/locus_tables.h"
+#include "within/mismatch_analyses.h"
+#include "within/mismatch_tables.h"
 #include "within/neutrality_tables.h"
 #include "within/sample_distances.h"
 #include "within/sample_network.h"
@@ -323,9 +326,38 @@ private:
             out_ << "Mismatch distribution cannot be computed \n"
                  << "in case of genotypic data with unknown gametic phase\n\n"
                  << "We hope to change it in a future release...\n";
-        } else {
-            not_held();
+            return;
         }
+        if (!prepare()) return;
+        if (sample_.profile.DataType == FREQUENCY) {
+            print_no_distances(out_);
+            return;
+        }
+        if (!compute_mismatch()) return;
+        bool sudden = false;
+        bool spatial = false;
+        if constexpr (kIsSequence<Sample>) {
+            sudden = s_.MismatchDemogExp;
+            spatial = s_.MismatchSpatialExp;
+            if (!fit_expansions(sample_, s_, *s_.result_stream)) return;
+        } else {
+            print_mismatch_distribution(out_, sample_);
+        }
+        cite_mismatch(out_, sudden, spatial);
+    }
+
+    // Returns: false, which the document says, when there are no distances
+    bool compute_mismatch() {
+        require_distance(s_.MismatchDistanceMethod, s_.MismatchGammaAValue);
+        // The distances are numbers of differences, also those of methods that give proportions:
+        // another matrix than that of other tasks.
+        sample_.dist_mat.reset();
+        std::fstream unopened;
+        const bool computed = sample_.compute_distance_matrix(nullptr, &s_, 1) != 0 &&
+                              sample_.compute_mm_distr(unopened, s_) != 0;
+        if (sample_.distance_method != 0) sample_.dist_mat.reset();
+        if (!computed) out_ << "\nThe distances between the haplotypes could not be computed\n";
+        return computed;
     }
 
     // Whether there are haplotypes to test; if not, the document says why.
