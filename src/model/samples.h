@@ -93,20 +93,25 @@ public:
     // Returns: total_mutations
     long* sprinkle_mutations(double const& mu, int const& sites, Mut_Type const& type, double const& gamma_a,
                              double const& p_fixed, double const& fixed_rate, double const& ts_rate);
-    // Replaces the data of the samples by the leaves of the tree, leaf by leaf in the order in which
-    // the tree took the samples: gene copies of haplotypic data, pairs of them for individuals. All
-    // sites make one locus for types 0 and 3 with one site, else each site is a locus.
-    //   definitions   emptied; holds the haplotypes of haplotypic data
-    //   alleles       rebuilt: the alleles of each locus, with their relative frequencies in each sample
-    //                 summed over samples
-    // Returns: 1, or 0 when the tree does not fit these samples; the data are then as they were
+    // Replaces the data of the samples by the leaves of the tree, in the order in which the tree took
+    // the samples and their gene copies: each haplotype one leaf, each individual two. Each site is a
+    // locus. Haplotypic data also have their gene copies in gamete_list. A sample that the tree did not
+    // take becomes empty. Data without separator get a blank for it when states are numbers.
+    //   definitions   emptied, then the haplotypes of haplotypic data, named "h" and a number
+    //   alleles       rebuilt: blanks, and the alleles with the weights that reading a project gives them
+    // Returns: 1, or 0 when leaves have no sequences, or individuals no two; nothing is changed then
     int readPopDataFromSims(Haplo_DB& definitions, TAlleleDB& alleles, Mut_Type const& type);
-    // Appends one locus of simulated samples, gene copy by gene copy.
-    //   source        simulated samples, the same in number and size
+    // Appends one locus of simulated samples to these, gene copy by gene copy in the order of the
+    // leaves, and its alleles to the allele store of the first sample. Haplotypes have one definition
+    // per gene copy, which grows in place, in appended_definitions.
+    //   source        samples filled by readPopDataFromSims, as many as these
     //   source_locus  the locus taken
-    //   locus         its number here: 0 starts afresh, else the number of loci there are
-    //   genotypic     individuals of two gene copies, else haplotypes
-    // Returns: 1, or 0 when source and locus do not fit; nothing is changed then
+    //   locus         its number here: 0 starts afresh, with the sizes of the source; else the number of
+    //                 loci that there are
+    //   genotypic     whether the data are individuals
+    // Returns: 1, or 0 when source and locus do not fit, or a text would grow too long; nothing is
+    //          changed then
+    // Cost:    O(gene copies) as long as the texts find room
     int addLocus(Samples const& source, int source_locus, int locus, bool genotypic);
 
     // Anchor of a summary table in the result document with an entry of the tree.

@@ -20,6 +20,7 @@
 namespace mnd {
 
 class cleaner;
+enum Mut_Type : int;
 struct OpenedDocument;
 
 // The central object of the process. It is made once by `mendstart`, and emptied, not
@@ -91,6 +92,21 @@ public:
     // `pooled_structure` with one group that holds them all (structure_analyses.cpp).
     void poolSamplesInGroups(Samples const& from_samples, Structure const& from_structure,
                              Samples& pooled_samples, Structure& pooled_structure);
+
+    // Replaces the data of the samples by simulated ones, of the same numbers of gene copies: a
+    // genealogy of demes, mutations on it, its leaves as gene copies (simulated_samples.cpp). The first
+    // form is the finite island model, the second the hierarchical one, whose groups are those of
+    // `structure`. The haplotype and the allele store are made anew, and the groups refer to the
+    // simulated samples.
+    //   mu to ts_rate   mutation, see MutationModel; times are in units of the size of a deme
+    //   the rest        see TTree::build_tree_struct_pop
+    // Returns: 1, or 0 after a text in the log when the replicate failed; the data are then as they were
+    int simulateSample(double const& mu, int const& sites, Mut_Type const& type, double const& gamma_a,
+                       double const& p_fixed, double const& fixed_rate, double const& ts_rate,
+                       double const& F_st, int num_demes);
+    int simulateSample(double const& mu, int const& sites, Mut_Type const& type, double const& gamma_a,
+                       double const& p_fixed, double const& fixed_rate, double const& ts_rate,
+                       double const& F_st, double const& F_ct, int demes_per_group, int num_groups);
 
     // Reads the project file `settings::input_file` in one pass of lines (project_opening.cpp).
     // Returns: false when the file is not usable; the log says why
@@ -177,6 +193,8 @@ private:
     void compare_whole_haplotypes(std::fstream& results);
     bool bind_haplotypes(DistMat& matrix, Haplo_DB& definitions);
     void test_differentiation(std::fstream& results);
+
+    int take_simulated_data(Mut_Type const& type);
 
     // Stages of `explore`.
     bool refuse(int code);

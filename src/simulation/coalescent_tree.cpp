@@ -51,6 +51,7 @@ void TTree::set_sample_size(int n) {
         leaf.time = 0.0;
         leaf.desc1 = leaf.desc2 = leaf.ancestor = nullptr;
     }
+    if (TNode* top = root()) top->desc1 = top->desc2 = top->ancestor = nullptr;
 }
 
 // Forgets the tree before; the list of the active lineages holds all leaves.

@@ -80,7 +80,7 @@ public:
     // are emptied, so that what another analysis simulated has no effect on this one. To be called
     // once per analysis, not per replicate. n below 1 gives an empty tree.
     void allocate_tree(int const& n);
-    // The same room without a new series; grows only. All leaves get age 0 and no links.
+    // The same room without a new series; grows only. Leaves get age 0 and no links, and the root none.
     void set_sample_size(int n);
 
     // The last node, or null in an empty tree.
@@ -90,6 +90,9 @@ public:
     const TNode* root() const {
         return sample_size < 1 ? nullptr : &nodes[static_cast<std::size_t>(2 * sample_size - 2)];
     }
+
+    // Whether a tree stands: no other has mutations. One that is allocated, or failed, does not.
+    bool is_built() const { return sample_size == 1 || (sample_size > 1 && root()->desc1 != nullptr); }
 
     // --- One population (coalescent_tree.cpp) ---
 
@@ -223,7 +226,7 @@ private:
 
 // Drops mutations on a tree: prepares the sites and calls TNode::add_mutations on the root; see
 // PopGenetics::sprinkle_mutations (sample_simulation.cpp).
-// Returns: mutations in all; 0 after warning 177 or in an empty tree
+// Returns: mutations in all; 0 after warning 177, or without draws when no tree was built
 long drop_mutations(TTree& tree, const MutationModel& model);
 
 // A genealogy that is printed.

@@ -28,7 +28,7 @@ int bits_for(int codes) {
 
 long MutatedSites::sprinkle(TTree& tree, const MutationModel& model) {
     start(tree, model);
-    if (tree.root() == nullptr || !prepare_sites(model) || model.sites < 1) return 0;
+    if (!tree.is_built() || !prepare_sites(model) || model.sites < 1) return 0;
     drop_mutations(tree, model);
     for (const int site : mutated_)
         count_site(site);

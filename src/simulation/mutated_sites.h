@@ -31,8 +31,9 @@ public:
     };
 
     // Drops mutations on a tree that was built, see PopGenetics::sprinkle_mutations, and counts sites
-    // and pairs. A tree in which all pairs meet is needed, but any builder will do.
-    // Returns:  mutations in all; 0 after warning 177, then without draws and with no mutated site
+    // and pairs. Any builder of trees will do.
+    // Returns:  mutations in all; 0 after warning 177, then without draws and with no mutated site, as
+    //           when no tree was built
     // Cost:     O(leaves + mutations), and O(leaves) for a site hit more than once; in all O(sites) when
     //           their states or rates are drawn. Allocates nothing once the sizes are known
     long sprinkle(TTree& tree, const MutationModel& model);

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "foundation/message_codes.h"
+#include "foundation/report.h"
 #include "model/population.h"
-#include "run/errors.h"
 #include "simulation/coalescent_tree.h"
 #include "simulation/mutated_sites.h"
 #include "simulation/mutation_process.h"
@@ -50,7 +50,7 @@ TTree& TreeHolder::make() {
 }
 
 long drop_mutations(TTree& tree, const MutationModel& model) {
-    if (tree.root() == nullptr || !prepare_sites(model)) return 0;
+    if (!tree.is_built() || !prepare_sites(model)) return 0;
     long seed = 1;
     return tree.root()->add_mutations(model.mu, &seed, 0, model.sites, model.type, model.gamma_a,
                                       model.ts_rate, model.bounded, model.step_geom);
@@ -158,7 +158,7 @@ void PopGenetics::read_simulated_sample(TTree& simulated, Haplo_DB& definitions,
         const myVectInt* sequence = simulated.nodes[i].sequence.get();
         if (leaf == 0 && sequence != nullptr) length = sequence->size();
         if (sequence == nullptr || sequence->size() != length) {
-            E.error(Error, "PopGenetics::read_simulated sample()", kInvalidDataOrOutput);
+            report(Error, "PopGenetics::read_simulated sample()", kInvalidDataOrOutput);
             continue;
         }
         const int freq = simulated.leaf_freq[i];

@@ -121,17 +121,21 @@ int TNode::count_desc() const {
 
 DescendantLists TNode::build_lists_of_descendent_nodes() const {
     DescendantLists lists;
-    std::vector<std::size_t> open;  // inner nodes on the way down to the node at hand
-    visit_in_preorder(this, [&](const TNode& node) {
-        while (!open.empty() && node.ancestor != lists.nodes[open.back()].node)
+    std::vector<std::size_t> open;  // nodes on the way down to the node at hand
+    const auto leave_until = [&](const TNode* parent) {
+        while (!open.empty() && lists.nodes[open.back()].node != parent) {
+            DescendantLists::Below& left = lists.nodes[open.back()];
+            left.count = static_cast<int>(lists.leaves.size()) - left.first;
             open.pop_back();
+        }
+    };
+    visit_in_preorder(this, [&](const TNode& node) {
+        leave_until(node.ancestor);
+        open.push_back(lists.nodes.size());
         lists.nodes.push_back({&node, static_cast<int>(lists.leaves.size()), 0});
-        open.push_back(lists.nodes.size() - 1);
-        if (!node.is_leaf()) return;
-        lists.leaves.push_back(&node);
-        for (const std::size_t i : open)
-            ++lists.nodes[i].count;
+        if (node.is_leaf()) lists.leaves.push_back(&node);
     });
+    leave_until(nullptr);
     return lists;
 }
 
