@@ -72,7 +72,8 @@ public:
     void run_start() {
         take_random_start();
         for (int i = 0; i < task_.max_iter; ++i) {
-            if (iteration_.step() < task_.epsilon) break;
+            const double change = iteration_.step();
+            if (change < task_.epsilon || is_fixed_point(change)) break;
         }
         const double likelihood = iteration_.ln_likelihood();
         if (likelihood > best_likelihood_) {
@@ -103,6 +104,10 @@ public:
 
 private:
     TPopHaplotype& haplotype(std::size_t h) const { return *haplo_.data[h]; }
+
+    // Without inbreeding an iteration depends on nothing but the frequencies: once one changes
+    // nothing, none does, whatever the threshold.
+    bool is_fixed_point(double change) const { return change == 0.0 && !task_.inbreeding; }
 
     void take_random_start() {
         draw_start_frequencies(iteration_.freq, is_fixed_, kRandomStartScale);

@@ -197,6 +197,16 @@ TEST_F(EmEngine, EndsAStartWhenTheFrequenciesHardlyChange) {
     }
 }
 
+TEST_F(EmEngine, EndsAStartWhenNothingChangesAnyMore) {
+    // No change is below a threshold of 0, yet the start does not run through its iterations.
+    Estimated found(kThreeLoci);
+    PlainEm plain(kThreeLoci);
+    found.run(2, std::numeric_limits<int>::max(), 0.0);
+    seed();
+    plain.run(false, 0.0, 2, 20000, 0.0);
+    expect_same_estimate(found, plain, 1e-13);
+}
+
 TEST_F(EmEngine, InbreedingEstimatedAsThePlainEstimation) {
     Estimated found(kThreeLoci);
     PlainEm plain(kThreeLoci);
