@@ -28,11 +28,7 @@ double poisson_term(int j, double log_tau) {
 }  // namespace
 
 ann_missmatch::ann_missmatch()
-    : f_vect(kTableSize),
-      f0_vect(kTableSize),
-      f1_vect(kTableSize),
-      weight_vect_(kTableSize),
-      step_vect_(kTableSize) {}
+    : f_vect(kTableSize), f0_vect(kTableSize), f1_vect(kTableSize), step_vect_(kTableSize) {}
 
 ann_missmatch::ann_missmatch(PopGenetics* sample, mnd::settings* run_settings) : ann_missmatch() {
     pop = sample;
@@ -96,41 +92,26 @@ double ann_missmatch::f_i_exp(int const& i) {
     return stable_share(i, Theta1) + std::exp(-Tau * (Theta1 + 1.0) / Theta1) * sum;
 }
 
-void ann_missmatch::fill_weights(int top) {
-    const double log_tau = std::log(Tau);
-    for (int j = 0; j <= top; ++j)
-        weight_vect_[static_cast<std::size_t>(j)] = poisson_term(j, log_tau);
-    table_tau_ = Tau;
-    weight_top_ = top;
-}
-
 void ann_missmatch::compute_curve(int top) {
     const bool without_time = !(Tau > 0.0);
     if (!(Theta0 > 0.0)) Theta0 = kLeastParameter;
     if (without_time) Tau = kLeastParameter;
     // With equal sizes all terms of the sum vanish, and what is left is the stable share.
     if (Theta1 <= Theta0 && without_time) Theta1 = Theta0;
-    // A search moves one parameter at a time: the tables of the others still hold.
-    if (!(Tau == table_tau_ && top <= weight_top_)) fill_weights(top);
-    if (!(Theta0 == table_theta0_ && top <= f0_top_)) {
-        for (int k = 0; k <= top; ++k)
-            f0_vect[static_cast<std::size_t>(k)] = stable_share(k, Theta0);
-        table_theta0_ = Theta0;
-        f0_top_ = top;
-    }
-    if (!(Theta1 == table_theta1_ && top <= f1_top_)) {
-        for (int k = 0; k <= top; ++k)
-            f1_vect[static_cast<std::size_t>(k)] = stable_share(k, Theta1);
-        table_theta1_ = Theta1;
-        f1_top_ = top;
-    }
+    const double log_tau = std::log(Tau);
+    const double* const w = weights_.get(Tau, 0.0, top, [=](int j) { return poisson_term(j, log_tau); });
+    const double* const f0 =
+        shares0_.get(Theta0, 0.0, top, [theta = Theta0](int k) { return stable_share(k, theta); });
+    const double* const f1 =
+        shares1_.get(Theta1, 0.0, top, [theta = Theta1](int k) { return stable_share(k, theta); });
     // The terms of all classes for one j after the other: each class still adds its terms in the
     // order of j, and the inner loop works on neighbours.
-    const double* const w = weight_vect_.data();
     double* const step = step_vect_.data();
     double* const f = f_vect.data();
     for (int k = 0; k <= top; ++k) {
-        step[k] = f0_vect[static_cast<std::size_t>(k)] - f1_vect[static_cast<std::size_t>(k)];
+        f0_vect[static_cast<std::size_t>(k)] = f0[k];
+        f1_vect[static_cast<std::size_t>(k)] = f1[k];
+        step[k] = f0[k] - f1[k];
         f[k] = 0.0;
     }
     for (int j = 0; j <= top; ++j) {
@@ -141,7 +122,7 @@ void ann_missmatch::compute_curve(int top) {
     }
     const double none_since = std::exp(-Tau * (Theta1 + 1.0) / Theta1);
     for (int k = 0; k <= top; ++k)
-        f[k] = f1_vect[static_cast<std::size_t>(k)] + none_since * f[k];
+        f[k] = f1[k] + none_since * f[k];
 }
 
 double ann_missmatch::f_SRod_Harp(double* diff, double* freq, int const& count) {

@@ -11,6 +11,8 @@
 // class above the last one, with no pairs.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -40,6 +42,45 @@ struct ReplicateResults {
     int rag_hits = 0;                         // and as ragged, or more
 
     void sort();
+};
+
+// Tables of one function for its latest parameters. A search goes to and fro about a point, so that
+// the tables of the point itself are asked for again and again.
+class KeptTables {
+public:
+    // The values of entry(k) for k = 0 .. top under these parameters, computed unless they are kept.
+    // Valid until the next call.
+    template <class Entry>
+    const double* get(double first, double second, int top, const Entry& entry) {
+        Table* oldest = &tables_[0];
+        for (Table& table : tables_) {
+            if (table.first == first && table.second == second && table.top >= top) {
+                table.age = ++clock_;
+                return table.values.data();
+            }
+            if (table.age < oldest->age) oldest = &table;
+        }
+        if (oldest->values.size() <= static_cast<std::size_t>(top))
+            oldest->values.resize(static_cast<std::size_t>(top) + 1);
+        for (int k = 0; k <= top; ++k)
+            oldest->values[static_cast<std::size_t>(k)] = entry(k);
+        oldest->first = first;
+        oldest->second = second;
+        oldest->top = top;
+        oldest->age = ++clock_;
+        return oldest->values.data();
+    }
+
+private:
+    struct Table {
+        double first = 0.0;
+        double second = 0.0;
+        int top = -1;
+        std::uint64_t age = 0;
+        std::vector<double> values;
+    };
+    std::array<Table, 3> tables_;  // of the point, and of the trials above and below it
+    std::uint64_t clock_ = 0;
 };
 
 class ann_missmatch {
@@ -183,16 +224,11 @@ protected:
 private:
     void keep_replicate(double* diff, double* freq, int count, double raggedness,
                         ReplicateResults& results) const;
-    void fill_weights(int top);
 
-    std::vector<double> weight_vect_;  // owned: Poisson terms of Tau without exp(-Tau)
-    std::vector<double> step_vect_;    // owned: f0_vect - f1_vect
-    double table_tau_ = -1.0;          // parameters and length of the tables as they stand
-    double table_theta0_ = -1.0;
-    double table_theta1_ = -1.0;
-    int weight_top_ = -1;
-    int f0_top_ = -1;
-    int f1_top_ = -1;
+    KeptTables weights_;                         // Poisson terms of Tau, without exp(-Tau)
+    KeptTables shares0_;                         // of a stable population of Theta0
+    KeptTables shares1_;                         // of Theta1
+    std::vector<double> step_vect_;              // owned: f0_vect - f1_vect
     std::vector<std::int64_t> simulated_pairs_;  // owned: pairs of the last replicate, by difference
     int simulated_sites_ = 0;
 };

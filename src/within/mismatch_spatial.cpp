@@ -35,8 +35,7 @@ double poisson_term(int k, double log_tau) {
 
 }  // namespace
 
-mismatchSpatialExpansion::mismatchSpatialExpansion()
-    : poisson_(kTableSize), before_(kTableSize), within_(kTableSize), sum_(kTableSize) {
+mismatchSpatialExpansion::mismatchSpatialExpansion() : sum_(kTableSize) {
     Theta0 = Theta1 = Tau = 0.0;
 }
 
@@ -93,8 +92,12 @@ mismatchSpatialExpansion::Curve mismatchSpatialExpansion::curve(bool cut_after) 
     return c;
 }
 
+double mismatchSpatialExpansion::within_deme(const Curve& c, int i) {
+    return std::exp(i * c.log_theta - (i + 1) * c.log_d);
+}
+
 double mismatchSpatialExpansion::share(const Curve& c, int i) const {
-    const double a = std::exp(i * c.log_theta - (i + 1) * c.log_d);
+    const double a = within_deme(c, i);
     double s1 = 0.0;
     for (int j = 0; j <= i; ++j)
         s1 += std::pow(c.before_ratio, j) * poisson_term(i - j, c.log_tau);
@@ -115,22 +118,17 @@ double mismatchSpatialExpansion::f_i_spatial_exp_4p(int const& i) {
 }
 
 void mismatchSpatialExpansion::fill_curve(const Curve& c, int top) {
-    if (!(Tau == table_tau_ && top <= table_top_)) {
-        for (int k = 0; k <= top; ++k)
-            poisson_[static_cast<std::size_t>(k)] = poisson_term(k, c.log_tau);
-        table_tau_ = Tau;
-        table_top_ = top;
-    }
-    double* const p = poisson_.data();
-    double* const before = before_.data();
-    double* const within = within_.data();
+    const double* const p = poisson_.get(Tau, 0.0, top, [&](int k) { return poisson_term(k, c.log_tau); });
+    const double* const before =
+        before_.get(c.before_ratio, 0.0, top, [&](int k) { return std::pow(c.before_ratio, k); });
+    const double* const within =
+        within_.get(c.within_ratio, 0.0, top, [&](int k) { return std::pow(c.within_ratio, k); });
+    const double* const still =
+        still_.get(c.log_theta, c.log_d, top, [&](int i) { return within_deme(c, i); });
     double* const s1 = f_vect.data();
     double* const s2 = sum_.data();
-    for (int k = 0; k <= top; ++k) {
-        before[k] = std::pow(c.before_ratio, k);
-        within[k] = std::pow(c.within_ratio, k);
+    for (int k = 0; k <= top; ++k)
         s1[k] = s2[k] = 0.0;
-    }
     // The terms of all classes for one j after the other, as in ann_missmatch::compute_curve.
     for (int j = 0; j <= top; ++j) {
         const double of_before = before[j];
@@ -140,10 +138,8 @@ void mismatchSpatialExpansion::fill_curve(const Curve& c, int top) {
             s2[j + k] += within[k] * of_time;
         }
     }
-    for (int i = 0; i <= top; ++i) {
-        const double a = std::exp(i * c.log_theta - (i + 1) * c.log_d);
-        s1[i] = a + c.before_scale * s1[i] - c.within_scale * s2[i];
-    }
+    for (int i = 0; i <= top; ++i)
+        s1[i] = still[i] + c.before_scale * s1[i] - c.within_scale * s2[i];
 }
 
 void mismatchSpatialExpansion::compute_curve_3p(int top) {

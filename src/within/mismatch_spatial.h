@@ -71,15 +71,15 @@ private:
     struct Curve;
     void raise_parameters();
     Curve curve(bool cut_after) const;
+    static double within_deme(const Curve& c, int i);
     double share(const Curve& c, int i) const;
     void fill_curve(const Curve& c, int top);
 
-    std::vector<double> poisson_;  // owned: T^k / k!
-    std::vector<double> before_;   // owned: powers of theta0 / (theta0 + 1)
-    std::vector<double> within_;   // owned: powers of theta1 / D
-    std::vector<double> sum_;      // owned: second sums of fill_curve
-    double table_tau_ = -1.0;
-    int table_top_ = -1;
+    KeptTables poisson_;       // T^k / k!
+    KeptTables before_;        // powers of theta0 / (theta0 + 1)
+    KeptTables within_;        // powers of theta1 / D
+    KeptTables still_;         // shares of pairs that coalesce within their deme, without an end
+    std::vector<double> sum_;  // owned: second sums of fill_curve
 };
 
 }  // namespace mnd

@@ -1,0 +1,580 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "foundation/data_type.h"
+#include "foundation/random.h"
+#include "model/popul_dna.h"
+#include "model/popul_microsat.h"
+#include "model/popul_rflp.h"
+#include "model/popul_standard.h"
+#include "run/tasks.h"
+#include "simulation/coalescent_tree.h"
+#include "support/captured_log.h"
+#include "support/captured_reports.h"
+#include "support/seeded_stream.h"
+#include "within/analysed_sample.h"
+#include "within/mismatch_fit.h"
+#include "within/mismatch_spatial.h"
+#include "within/mismatch_tables.h"
+
+namespace {
+
+using mnd::ann_missmatch;
+using mnd_test::contains;
+using mnd_test::count_of;
+
+// What a replicate of a script comes to.
+struct Outcome {
+    bool simulated = true;
+    bool converged = true;
+    double value = 0.0;  // its Tau; Theta0 is a tenth of it, Theta1 ten times it
+    double ssd = 0.0;
+    double second_class = 0.0;  // share of pairs with one difference, the rest has none
+};
+
+class ScriptedFit : public ann_missmatch {
+public:
+    std::vector<Outcome> script;
+    std::vector<double> tau_before_fit;
+    int stop_at = -1;
+
+    using ann_missmatch::ann_missmatch;
+
+protected:
+    bool simulate_replicate(double* diff, double* freq, int& count) override {
+        const Outcome& o = script[next_];
+        if (static_cast<int>(next_) == stop_at) settings->stop_computations = 1;
+        if (!o.simulated) {
+            ++next_;
+            return false;
+        }
+        for (int k = 0; k < count; ++k) {
+            diff[k + 1] = k;
+            freq[k + 1] = 0.0;
+        }
+        freq[1] = 1.0 - o.second_class;
+        freq[2] = o.second_class;
+        return true;
+    }
+    bool fit_replicate(double*, double*, int) override {
+        const Outcome& o = script[next_++];
+        tau_before_fit.push_back(Tau);
+        Tau = o.value;
+        Theta0 = o.value / 10.0;
+        Theta1 = o.value * 10.0;
+        ssd_work = o.ssd;
+        not_converged = o.converged ? 0 : 1;
+        return o.converged;
+    }
+
+private:
+    std::size_t next_ = 0;
+};
+
+class Bootstrap : public mnd_test::SeededStream {
+protected:
+    mnd::settings s;
+    mnd_test::Document document{s};
+    mnd::PopulDNA sample;
+    double diff[5] = {0, 0, 1, 2, 0};
+    double freq[5] = {0, 0.5, 0.5, 0.0, 0};
+    double fitted[5] = {0, 0.4, 0.4, 0.2, 0};
+    int count = 3;
+
+    void SetUp() override {
+        SeededStream::SetUp();
+        sample.sample_size = 5;
+        sample.name = "Lake";
+        sample.nb_polym_loci = 4;
+    }
+    bool run(ScriptedFit& fit) {
+        fit.pop = &sample;
+        fit.settings = &s;
+        fit.init_data(1.0, 20.0, 7.0, 1.0);
+        return fit.make_bootstrap(diff, freq, fitted, count, 10, *s.result_stream,
+                                  static_cast<int>(fit.script.size()));
+    }
+};
+
+// Of 5 replicates one is not simulated and one does not converge: 3 count, of which 2 have an SSD, and
+// 1 a raggedness, that is not below the observed one.
+TEST_F(Bootstrap, CountsEachReplicateThatConvergesOnceAndNoOther) {
+    ScriptedFit fit;
+    fit.ssd_obs = 0.3;
+    fit.rag_obs = 0.5;
+    // Shares 1 - x and x are ragged by (2 x - 1)^2 + x^2: 0.25 at 0.5, 1.45 at 0.9.
+    fit.script = {{true, true, 3.0, 0.3, 0.5},
+                  {false, true, 99.0, 9.0, 0.9},
+                  {true, false, 98.0, 9.0, 0.9},
+                  {true, true, 1.0, 0.2, 0.5},
+                  {true, true, 2.0, 0.4, 0.9}};
+    const double done = mnd::settings::global_work_done;
+    ASSERT_TRUE(run(fit));
+    EXPECT_NEAR(mnd::settings::global_work_done - done, 5.0, 1e-6);
+    EXPECT_EQ(fit.num_boot, 3);
+    EXPECT_DOUBLE_EQ(fit.p_ssd, 2.0 / 3.0);
+    EXPECT_DOUBLE_EQ(fit.p_rag, 1.0 / 3.0);
+    EXPECT_EQ(fit.tau_before_fit, (std::vector<double>{7.0, 7.0, 7.0, 7.0}));
+    EXPECT_EQ(fit.Tau, 7.0);
+    EXPECT_EQ(fit.Theta0, 1.0);
+    EXPECT_EQ(fit.Theta1, 20.0);
+    EXPECT_EQ(fit.not_converged, 0);
+}
+
+TEST_F(Bootstrap, WritesThisBlock) {
+    ScriptedFit fit;
+    fit.ssd_obs = 0.3;
+    fit.rag_obs = 0.25;
+    fit.script = {{true, true, 3.0, 0.3, 0.5}, {true, true, 1.0, 0.2, 0.5}};
+    ASSERT_TRUE(run(fit));
+    const std::string text = document.text();
+    EXPECT_TRUE(contains(text,
+                         "\nTest of goodness-of-fit:"
+                         "\n------------------------\n"
+                         "\n         Sum of Squared deviation: 0.30000000"
+                         "\n          P(Sim. Ssd >= Obs. Ssd): 0.50000000"
+                         "\n    Harpending's Raggedness index: 0.25000000"
+                         "\n        P(Sim. Rag. >= Obs. Rag.): 1.00000000\n"
+                         "\nMismatch distributions:\n"
+                         "        #Diff     Observed    Simulated   Model Freq.\n"
+                         "            0          5.0          5.0          4.0\n"
+                         "            1          5.0          5.0          4.0\n"
+                         "            2          0.0          0.0          2.0\n"))
+        << text;
+    EXPECT_TRUE(contains(
+        text,
+        "\n\nConfidence intervals (Percentile method):\t alpha=\t0.05"
+        "\nBased on 2 replicates\n"
+        "                  Variable:       Est. val:     Low. bound:      Up. bound:     Mean Value:\n"
+        "                       Tau:           7.000           1.000           3.000           2.000\n"
+        "                    Theta0:           1.000           0.100           0.300           0.200\n"
+        "                    Theta1:          20.000          10.000          30.000          20.000\n"
+        " Mean No. of pairwise diff.           0.500           0.500           0.500           0.500\n"
+        "            No. pol. sites:           4.000           0.000           0.000           0.000\n"
+        "\n"
+        "        #Diff     Observed    Low. bound  Up. bound   Model Freq.\n"
+        "            0          5.0          5.0          5.0          4.0\n"))
+        << text;
+    EXPECT_EQ(count_of(text, "Confidence intervals (Percentile method):\t alpha=\t"), 3);
+}
+
+// 40 replicates with Tau 40, 39 .. 1. Sorted, index i holds i + 1. Intervals: alpha 0.05 takes
+// (int)(0.025 40) = 1 and (int)(0.975 40) = 39; 0.01 takes 0 and (int)39.8 = 39; 0.10 takes 2 and 38.
+// Summary: (int)(0.025 40 - 1) = 0, (int)(0.05 40 - 1) = 1, (int)(0.95 40 - 1) = 37, (int)(39 - 1) = 38.
+TEST_F(Bootstrap, TakesPercentilesByTheseIndices) {
+    ScriptedFit fit;
+    for (int i = 40; i >= 1; --i)
+        fit.script.push_back({true, true, static_cast<double>(i), 0.0, 0.5});
+    ASSERT_TRUE(run(fit));
+    EXPECT_EQ(fit.tau_percentiles.q025, 1.0);
+    EXPECT_EQ(fit.tau_percentiles.q050, 2.0);
+    EXPECT_EQ(fit.tau_percentiles.q950, 38.0);
+    EXPECT_EQ(fit.tau_percentiles.q975, 39.0);
+    EXPECT_DOUBLE_EQ(fit.theta0_percentiles.q975, 3.9);
+    EXPECT_DOUBLE_EQ(fit.theta1_percentiles.q050, 20.0);
+    const std::string text = document.text();
+    const char* const row = "                       Tau:           7.000";
+    EXPECT_TRUE(contains(text, std::string(row) + "           2.000          40.000          20.500\n"));
+    EXPECT_TRUE(contains(text, std::string(row) + "           1.000          40.000          20.500\n"));
+    EXPECT_TRUE(contains(text, std::string(row) + "           3.000          39.000          20.500\n"));
+}
+
+// (int)((1 - 0.005) 1) = 0 and (int)(0.025 1 - 1.0) = 0: one replicate serves for all.
+TEST_F(Bootstrap, OneReplicateIsEveryPercentile) {
+    ScriptedFit fit;
+    fit.script = {{true, true, 3.0, 0.0, 0.5}};
+    ASSERT_TRUE(run(fit));
+    EXPECT_EQ(fit.tau_percentiles.q025, 3.0);
+    EXPECT_EQ(fit.tau_percentiles.q975, 3.0);
+}
+
+TEST_F(Bootstrap, WithoutAReplicateThatConvergesHasNoPValuesAndNoIntervals) {
+    ScriptedFit fit;
+    fit.script = {{true, false, 3.0, 0.0, 0.5}, {false, true, 3.0, 0.0, 0.5}};
+    ASSERT_TRUE(run(fit));
+    EXPECT_EQ(fit.num_boot, 0);
+    EXPECT_EQ(fit.p_ssd, 0.0);
+    EXPECT_EQ(fit.p_rag, 0.0);
+    EXPECT_EQ(fit.tau_percentiles.q975, 0.0);
+    const std::string text = document.text();
+    EXPECT_TRUE(contains(text, "P(Sim. Ssd >= Obs. Ssd):       N.A."));
+    EXPECT_TRUE(contains(text,
+                         "\nThe fit converged in none of 2 replicates: there are no P-values and no "
+                         "confidence intervals.\n"));
+    EXPECT_FALSE(contains(text, "Percentile method"));
+}
+
+TEST_F(Bootstrap, AStopDropsWhatWasGathered) {
+    ScriptedFit fit;
+    for (int i = 0; i < 5; ++i)
+        fit.script.push_back({true, true, 1.0, 9.0, 0.5});
+    fit.stop_at = 2;
+    EXPECT_FALSE(run(fit));
+    EXPECT_EQ(fit.tau_before_fit.size(), 3u);
+    EXPECT_EQ(fit.p_ssd, 0.0);
+    EXPECT_EQ(fit.Tau, 7.0);
+    EXPECT_FALSE(contains(document.text(), "goodness"));
+}
+
+TEST_F(Bootstrap, WrapsItsTablesUnderXml) {
+    mnd::xmlOutput = true;
+    ScriptedFit fit;
+    fit.script = {{true, true, 3.0, 0.0, 0.5}};
+    ASSERT_TRUE(run(fit));
+    const std::string text = document.text();
+    EXPECT_EQ(count_of(text, "<mismatchDemogExp pop=\"Lake\""), 1);
+    EXPECT_EQ(count_of(text, "</mismatchDemogExp>"), 1);
+    EXPECT_EQ(count_of(text, "<mismatchDemogExpCI pop=\"Lake\""), 3);
+    EXPECT_EQ(count_of(text, "</mismatchDemogExpCI>"), 3);
+}
+
+TEST_F(Bootstrap, HugeSizesKeepTheirColumns) {
+    ScriptedFit fit;
+    fit.script = {{true, true, 1e18, 0.0, 0.5}};
+    ASSERT_TRUE(run(fit));
+    EXPECT_TRUE(contains(document.text(), "Theta1:          20.000       1.000e+19       1.000e+19"));
+}
+
+// --- Simulated distributions, against sequences compared site by site
+
+std::vector<double> plain_distribution(mnd::TTree& tree, int n, int count, int& sites) {
+    std::vector<double> freq(static_cast<std::size_t>(count) + 2);
+    std::vector<bool> marked(400);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            int differences = 0;
+            for (std::size_t site = 0; site < 400; ++site) {
+                if ((*tree.nodes[i].sequence)[site] == (*tree.nodes[j].sequence)[site]) continue;
+                ++differences;
+                marked[site] = true;
+            }
+            if (differences <= count - 2) freq[static_cast<std::size_t>(differences) + 1] += 1.0;
+        }
+    }
+    for (double& f : freq)
+        f /= n * (n - 1) / 2.0;
+    sites = 0;
+    for (const bool m : marked)
+        sites += m ? 1 : 0;
+    return freq;
+}
+
+TEST_F(Bootstrap, SimulatesASuddenExpansionAsThePlainFormDoes) {
+    sample.sample_size = 12;
+    ann_missmatch fit(&sample, &s);
+    fit.sample_size = 12;
+    std::vector<double> d(30), f(30);
+    for (int replicate = 0; replicate < 20; ++replicate) {
+        fit.init_data(0.5 + replicate, 30.0, 6.0, 1.0);
+        int classes = 5 + replicate % 8;
+        sample.allocate_tree(12);
+        seed();
+        auto draws = mnd::draws_taken();
+        ASSERT_EQ(fit.simulate_miss(d.data(), f.data(), classes), 1);
+        draws = mnd::draws_taken() - draws;
+        const double after = next();
+
+        mnd::PopulDNA plain;
+        plain.sample_size = 12;
+        plain.allocate_tree(12);
+        seed();
+        auto plain_draws = mnd::draws_taken();
+        const int N = 4000000;
+        const double mu = 30.0 / 2.0 / N;
+        plain.simulate_sample_exp(mu, 400, mnd::kNewStateMutation, -1.0, 1.0, 1.0, 0.33, 6.0 / 2.0 / (mu * N),
+                                  std::max(1.0 / N, (0.5 + replicate) / 30.0), N);
+        plain_draws = mnd::draws_taken() - plain_draws;
+        EXPECT_EQ(draws, plain_draws);
+        EXPECT_EQ(next(), after);
+        int sites = 0;
+        const std::vector<double> expected = plain_distribution(*plain.tree, 12, classes, sites);
+        for (std::size_t k = 1; k <= static_cast<std::size_t>(classes); ++k) {
+            EXPECT_EQ(d[k], static_cast<double>(k - 1));
+            EXPECT_EQ(f[k], expected[k]);
+        }
+        EXPECT_EQ(fit.simulated_sites(), sites);
+    }
+}
+
+TEST_F(Bootstrap, SimulatesASpatialExpansionAsThePlainFormDoes) {
+    sample.sample_size = 12;
+    mnd::mismatchSpatialExpansion fit(&sample, &s);
+    std::vector<double> d(30), f(30);
+    for (int replicate = 0; replicate < 20; ++replicate) {
+        fit.init_data(3.0, 3.0, 6.0, 0.5 + replicate, 1.0);
+        int classes = 5 + replicate % 8;
+        sample.allocate_tree(12);
+        seed();
+        ASSERT_EQ(fit.simulate_spatial_exp(d.data(), f.data(), classes), 1);
+        const double after = next();
+
+        mnd::PopulDNA plain;
+        plain.sample_size = 12;
+        plain.allocate_tree(12);
+        seed();
+        const int N = 4000000;
+        plain.simulate_range_exp(3.0 / 2.0 / N, 400, mnd::kNewStateMutation, -1.0, 1.0, 1.0, 0.33, 6.0 / 3.0,
+                                 (0.5 + replicate) / 2.0, N);
+        EXPECT_EQ(next(), after);
+        int sites = 0;
+        const std::vector<double> expected = plain_distribution(*plain.tree, 12, classes, sites);
+        for (std::size_t k = 1; k <= static_cast<std::size_t>(classes); ++k)
+            EXPECT_EQ(f[k], expected[k]);
+    }
+}
+
+TEST_F(Bootstrap, WithoutASizeNothingIsSimulated) {
+    ann_missmatch sudden(&sample, &s);
+    sudden.init_data(1.0, 0.0, 3.0, 1.0);
+    mnd::mismatchSpatialExpansion spatial(&sample, &s);
+    spatial.init_data(0.0, 0.0, 3.0, 1.0, 1.0);
+    const auto draws = mnd::draws_taken();
+    EXPECT_EQ(sudden.simulate_miss(diff, freq, count), 0);
+    EXPECT_EQ(spatial.simulate_spatial_exp(diff, freq, count), 0);
+    EXPECT_EQ(mnd::draws_taken(), draws);
+}
+
+// An endless size would make the single founder that is the least carry mutations without end.
+TEST_F(Bootstrap, AnEndlessSizeIsSimulatedInTime) {
+    sample.sample_size = 20;
+    ann_missmatch fit(&sample, &s);
+    fit.sample_size = 20;
+    fit.init_data(1e-07, 1e20, 4.0, 1.0);
+    std::vector<double> d(60), f(60);
+    int classes = 40;
+    double mean = 0.0;
+    for (int i = 0; i < 200; ++i) {
+        ASSERT_EQ(fit.simulate_miss(d.data(), f.data(), classes), 1);
+        mean += ann_missmatch::calc_mean_mssm(d.data(), f.data(), classes);
+    }
+    EXPECT_NEAR(mean / 200.0, 4.0, 0.15);
+}
+
+TEST_F(Bootstrap, AnotherNumberOfCopiesIsSaidInTheLog) {
+    ann_missmatch fit(&sample, &s);
+    fit.sample_size = 4;
+    fit.init_data(1.0, 5.0, 3.0, 1.0);
+    mnd_test::CapturedLog log;
+    EXPECT_EQ(fit.simulate_miss(diff, freq, count), 1);
+    EXPECT_TRUE(log.holds("Problem with population sample size in simulation"));
+}
+
+// Classes of a spatial expansion leave out shares above 1; here none is.
+TEST_F(Bootstrap, SpatialReplicatesTakeNineDrawsForEachFit) {
+    mnd::mismatchSpatialExpansion fit(&sample, &s);
+    fit.init_data(2.0, 2.0, 4.0, 3.0, 1.0);
+    ASSERT_TRUE(fit.make_bootstrap_spatial_exp(diff, freq, fitted, count, 10, *s.result_stream, 4));
+    const auto after = next();
+    seed();
+    mnd::PopulDNA plain;
+    plain.sample_size = 5;
+    plain.allocate_tree(5);
+    for (int b = 0; b < 4; ++b) {
+        plain.simulate_range_exp(2.0 / 2.0 / 4000000, 400, mnd::kNewStateMutation, -1.0, 1.0, 1.0, 0.33,
+                                 4.0 / 2.0, 1.5, 4000000);
+        for (int i = 0; i < 9; ++i)
+            next();
+    }
+    EXPECT_EQ(next(), after);
+    const std::string text = document.text();
+    EXPECT_EQ(count_of(text, "\nConfidence region for the observed mismatch:\n"), 3);
+    EXPECT_TRUE(contains(text, "\n                         M:           3.000"));
+    EXPECT_TRUE(contains(text, "\n                     Theta:           2.000"));
+    EXPECT_FALSE(contains(text, "No. pol. sites"));
+}
+
+// --- The step of the driver
+
+const char* const kLines =
+    "a 3 ACGTACGTACGTACGTACGT\nb 2 ACGTACGAACGTACGTACGT\nc 2 ACGTACCTACGGACGTACGA\n"
+    "d 1 CCGTACCTACGGACGTACGA\ne 2 ACTTACGTACGTAAGTACGT\n";
+
+template <class Sample>
+struct Step {
+    mnd_test::AnalysedSamples<Sample> a;
+    explicit Step(int type = mnd::DNA, const char* lines = kLines, char separator = 0)
+        : a(mnd_test::haplotypic(type, separator)) {
+        a.s.DeletionWeight = a.s.TransitionWeight = a.s.TranversionWeight = 1.0;
+        a.s.AllowedLevelOfMissingData = 0.05;
+        a.s.NumBootExpDem = 20;
+        a.add("Lake", lines);
+        a.prepare();
+    }
+    std::string run(long tasks = mnd::kTaskMismatch) { return a.analyse(tasks); }
+    Sample& sample() { return static_cast<Sample&>(*a.samples.populations[0]); }
+};
+
+class MismatchStep : public mnd_test::SeededStream {};
+
+TEST_F(MismatchStep, FitsASuddenExpansion) {
+    Step<mnd::PopulDNA> step;
+    step.a.s.MismatchDemogExp = true;
+    const std::string text = step.run();
+    EXPECT_TRUE(contains(text,
+                         "\n\n******************************************************"
+                         "\nParameters estimated under the sudden expansion model:"
+                         "\n******************************************************\n"
+                         "\n\nMismatch observed mean              : "));
+    EXPECT_TRUE(contains(text, "\nTau                                 : "));
+    EXPECT_TRUE(contains(text, "\nTheta0                              : "));
+    EXPECT_TRUE(contains(text, "Rogers, A. R., and H. Harpending (1992)"));
+    EXPECT_FALSE(contains(text, "spatial"));
+    const mnd::ExpansionFit& fit = step.sample().sudden_expansion;
+    EXPECT_TRUE(fit.fitted);
+    EXPECT_GT(fit.replicates, 0);
+    EXPECT_LE(fit.replicates, 20);
+    EXPECT_GT(fit.Tau, 0.0);
+    EXPECT_GE(fit.Theta1, fit.Theta0);
+    EXPECT_FALSE(step.sample().spatial_expansion_3.fitted);
+}
+
+TEST_F(MismatchStep, WithoutReplicatesPrintsThePlainTable) {
+    Step<mnd::PopulDNA> step;
+    step.a.s.MismatchDemogExp = step.a.s.MismatchSpatialExp = true;
+    step.a.s.MismatchSpatialExpNumParams = 3;
+    step.a.s.NumBootExpDem = 0;
+    const std::string text = step.run();
+    EXPECT_TRUE(contains(text,
+                         "\n-----------------------------------------\n"
+                         "        #Diff     Observed    Model Freq.\n"
+                         "            0          6.0"));
+    EXPECT_TRUE(contains(text,
+                         "\n===============================================================\n"
+                         "Parameters of the spatial expansion assuming constant deme size\n"
+                         "===============================================================\n"
+                         "\nTau                                 : "));
+    EXPECT_TRUE(contains(text, "          #Diff     Observed    Model Freq.\n            0          6.0"));
+    EXPECT_FALSE(contains(text, "goodness"));
+    EXPECT_FALSE(contains(text, "Confidence"));
+}
+
+TEST_F(MismatchStep, ParametersOfTwoMeanBothSpatialFitsTheOneOfFourFirst) {
+    Step<mnd::PopulDNA> step;
+    step.a.s.MismatchSpatialExp = true;
+    step.a.s.MismatchSpatialExpNumParams = 2;
+    const std::string text = step.run();
+    const auto four = text.find(
+        "\n\nParameters of the spatial expansion assuming different deme size before (theta0) "
+        "and after (theta1) expansion\n");
+    const auto three = text.find("Parameters of the spatial expansion assuming constant deme size\n");
+    ASSERT_NE(four, std::string::npos);
+    ASSERT_NE(three, std::string::npos);
+    EXPECT_LT(four, three);
+    EXPECT_EQ(count_of(text, "goodness"), 1);
+    EXPECT_TRUE(step.sample().spatial_expansion_4.fitted);
+    EXPECT_EQ(step.sample().spatial_expansion_4.replicates, 0);
+    EXPECT_GT(step.sample().spatial_expansion_3.replicates, 0);
+    EXPECT_EQ(count_of(text, "Mismatch observed mean"), 1);
+}
+
+TEST_F(MismatchStep, AnotherNumberOfParametersFitsNothing) {
+    Step<mnd::PopulDNA> step;
+    step.a.s.MismatchSpatialExp = true;
+    step.a.s.MismatchSpatialExpNumParams = 5;
+    EXPECT_TRUE(
+        contains(step.run(), "No spatial expansion is fitted: 5 is none of the numbers of parameters"));
+    EXPECT_FALSE(step.sample().spatial_expansion_3.fitted);
+}
+
+TEST_F(MismatchStep, AVarianceOfNothingAllowsNoFit) {
+    Step<mnd::PopulDNA> step(mnd::DNA, "a 4 ACGT\n");
+    step.a.s.MismatchDemogExp = step.a.s.MismatchSpatialExp = true;
+    step.a.s.MismatchSpatialExpNumParams = 3;
+    const auto draws = mnd::draws_taken();
+    const std::string text = step.run();
+    EXPECT_EQ(mnd::draws_taken(), draws);
+    EXPECT_TRUE(contains(text,
+                         "\nMismatch observed mean              :        0.000"
+                         "\nMismatch observed variance          :        0.000"
+                         "\n\n    The variance of the mismatch distribution is to small,\n"
+                         "    no demographic parameters can be estimated."));
+    EXPECT_EQ(count_of(text, "variance of the mismatch"), 1);
+}
+
+TEST_F(MismatchStep, WithoutModelsPrintsTheDistribution) {
+    Step<mnd::PopulDNA> step;
+    const std::string text = step.run();
+    EXPECT_TRUE(contains(text, "\nTheta_0                             : "));
+    EXPECT_TRUE(contains(text, "        #Diff     Observed    Model Freq.\n            0          6.0"));
+    EXPECT_FALSE(contains(text, "sudden"));
+}
+
+TEST_F(MismatchStep, RestrictionSitesAreFittedToo) {
+    Step<mnd::PopulRFLP> step(mnd::RFLP, "a 3 1010101\nb 2 1110101\nc 3 0000101\nd 1 1111111\n");
+    step.a.s.MismatchDemogExp = step.a.s.MismatchSpatialExp = true;
+    step.a.s.MismatchSpatialExpNumParams = 3;
+    step.run();
+    EXPECT_TRUE(step.sample().sudden_expansion.fitted);
+    EXPECT_TRUE(step.sample().spatial_expansion_3.fitted);
+}
+
+TEST_F(MismatchStep, OtherDataHaveTheirMomentsOnly) {
+    Step<mnd::PopulStandard> standard(mnd::STANDARD, "a 3 A B C\nb 2 A B D\nc 1 B B D\n", ' ');
+    standard.a.s.MismatchDemogExp = true;
+    const auto draws = mnd::draws_taken();
+    const std::string text = standard.run();
+    EXPECT_TRUE(contains(text, "\nTheta_0                             : ")) << text;
+    // 3 + 1 pairs alike, a-b 6 and b-c 2 with one difference, a-c 3 with two.
+    EXPECT_EQ(standard.sample().mm_counts, (std::vector<std::int64_t>{4, 8, 3, 0, 0}));
+    EXPECT_EQ(mnd::draws_taken(), draws);
+    Step<mnd::PopulMicrosat> microsat(mnd::MICROSAT, "a 3 10 12\nb 2 11 12\n", ' ');
+    EXPECT_TRUE(contains(microsat.run(), "\nTheta_0                             : "));
+}
+
+// Proportions are scaled to differences per sequence, and leave no matrix to the tasks behind.
+TEST_F(MismatchStep, MethodsThatGiveProportionsAreScaled) {
+    Step<mnd::PopulDNA> plain;
+    plain.run();
+    Step<mnd::PopulDNA> proportion;
+    proportion.a.s.MismatchDistanceMethod = 3;
+    proportion.run();
+    EXPECT_EQ(proportion.sample().distance_method, 3);
+    EXPECT_EQ(proportion.sample().max_diff, plain.sample().max_diff);
+    EXPECT_EQ(proportion.sample().dist_mat, nullptr);
+}
+
+// The sites that one analysis simulates are not those of another: each gives what it gives alone.
+TEST_F(MismatchStep, AndTestsOfNeutralityKeepTheirSimulationsApart) {
+    const auto of_tasks = [](long first, long second) {
+        Step<mnd::PopulDNA> step;
+        step.a.s.MismatchDemogExp = true;
+        step.a.s.NumIterationsNeutralityTests = 200;
+        if (first != 0) step.run(first);
+        const std::size_t before = step.a.document.text().size();
+        seed();
+        const std::string text = step.run(second).substr(before);
+        return text.substr(text.find("== ", text.find("== Sample") + 5));
+    };
+    mnd_test::CapturedReports reports;
+    const std::string tajima = of_tasks(0, mnd::kTaskTajima | mnd::kTaskFuFs);
+    const std::string mismatch = of_tasks(0, mnd::kTaskMismatch);
+    EXPECT_EQ(of_tasks(mnd::kTaskMismatch, mnd::kTaskTajima | mnd::kTaskFuFs), tajima);
+    EXPECT_EQ(of_tasks(mnd::kTaskTajima | mnd::kTaskFuFs, mnd::kTaskMismatch), mismatch);
+    EXPECT_TRUE(reports.all().empty());
+    EXPECT_TRUE(contains(mismatch, "Based on "));
+}
+
+TEST_F(MismatchStep, WritesRowsOfTheBatchSummaries) {
+    mnd_test::TempFolder folder;
+    std::ofstream sudden(folder / "mismatch.sum"), three(folder / "sp3.sum"), four(folder / "sp4.sum");
+    mnd::ofs_mismatch = &sudden;
+    mnd::ofs_mismatch_sp3 = &three;
+    mnd::ofs_mismatch_sp4 = &four;
+    Step<mnd::PopulDNA> step;
+    step.a.s.MismatchDemogExp = step.a.s.MismatchSpatialExp = true;
+    step.a.s.MismatchSpatialExpNumParams = 2;
+    step.run();
+    mnd::ofs_mismatch = mnd::ofs_mismatch_sp3 = mnd::ofs_mismatch_sp4 = nullptr;
+    // Two names, four values and the classes 0 .. 5, with 7, 3 and 4 parameters between them.
+    const int classes = step.sample().max_diff + 1;
+    EXPECT_EQ(count_of(mnd_test::read_text(folder / "mismatch.sum"), "\t"), 5 + 7 + classes);
+    EXPECT_EQ(count_of(mnd_test::read_text(folder / "sp3.sum"), "\t"), 5 + 3 + classes);
+    EXPECT_EQ(count_of(mnd_test::read_text(folder / "sp4.sum"), "\t"), 5 + 4 + classes);
+    EXPECT_TRUE(
+        contains(mnd_test::read_text(folder / "sp3.sum"), "\"Lake\"\tPairwise difference\t0.00000\t"));
+}
+
+}  // namespace
