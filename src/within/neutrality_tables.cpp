@@ -21,6 +21,8 @@ namespace {
 
 constexpr int kDecimals = 5;
 constexpr double kNotTested = -1.0;
+// The probability of as many alleles is below 1e-08 then, the error of its computation some 1e-10.
+constexpr double kLeastExactFs = -18.0;
 constexpr const char* kNotAvailable = "N.A.";
 
 void set_number_format(std::ostream& out) {
@@ -240,6 +242,8 @@ void print_fu(std::ostream& out, const FuReport& report) {
     out << "Theta(Pi)                    : " << Shown{report.theta_pi} << '\n'
         << "Exp. No. of alleles          : " << report.exp_k << '\n'
         << "Fs                           : " << Shown{report.Fs, report.defined} << '\n';
+    if (report.defined && report.theta_pi > 0.0 && report.Fs < kLeastExactFs)
+        out << "So small an Fs rests on a probability of which few digits are known: take it as a bound\n";
 }
 
 void print_fu_simulations(std::ostream& out, const FuReport& report) {

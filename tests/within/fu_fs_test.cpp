@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -198,6 +199,26 @@ TEST_F(Fu, WritesItsObservedValues) {
                          "\nP(sim. Fs &lt;= obs. Fs)        : N.A.\n"))
         << document;
     EXPECT_TRUE(contains(document, "<i>Fu, Y.-X. (1997)"));
+}
+
+TEST_F(Fu, SaysWhenFewDigitsAreKnown) {
+    mnd::FuReport report;
+    report.theta_pi = 1.0;
+    report.defined = true;
+    const auto text = [&report](double Fs) {
+        report.Fs = Fs;
+        std::ostringstream out;
+        print_fu(out, report);
+        return out.str();
+    };
+    const std::string caution =
+        "So small an Fs rests on a probability of which few digits are known: take it as a bound\n";
+    EXPECT_TRUE(contains(text(-18.5), "Fs                           : -18.50000\n" + caution));
+    EXPECT_TRUE(contains(text(-kNumericalInfinity), "Fs                           : -infinity\n" + caution));
+    EXPECT_FALSE(contains(text(-17.5), caution));
+    report.defined = false;
+    EXPECT_TRUE(contains(text(-18.5), "Fs                           : N.A.\n"));
+    EXPECT_FALSE(contains(text(-18.5), caution));
 }
 
 TEST_F(Fu, TellsThatHaplotypesWereChecked) {
