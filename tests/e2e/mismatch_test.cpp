@@ -1,0 +1,86 @@
+// Mismatch distributions and expansions as a user starts them: real projects in, documents out.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "support/temp_folder.h"
+
+namespace {
+
+using mnd_test::contains;
+using mnd_test::count_of;
+using mnd_test::read_text;
+using mnd_test::write_text;
+
+namespace fs = std::filesystem;
+
+class MismatchRuns : public ::testing::Test {
+protected:
+    // Analyses a project of the test data under a seed; the lines of settings stand first.
+    std::string analyse(const std::string& project, const std::string& settings,
+                        const char* ending = ".htm") {
+        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"),
+                      fs::copy_options::overwrite_existing);
+        write_text(
+            folder / "s.mns",
+            settings +
+                "TaskNumber=4\nMismatchDemogExp=1\nMismatchSpatialExp=1\n"
+                "MismatchSpatialExpNumParams=2\nNumBootExpDem=60\n"
+                "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
+                "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n");
+        const std::string command = "cd '" + folder.path().string() +
+                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
+                                    ".mnp s.mns > stdout.txt 2> stderr.txt";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
+        document_ = folder / (project + ".res") / (project + ending);
+        return read_text(document_);
+    }
+    // From the heading of the step to its publications, which times do not enter.
+    static std::string block_of(const std::string& document) {
+        const std::size_t begin = document.find("== Mismatch distribution : (");
+        if (begin == std::string::npos) return "";
+        return document.substr(begin, document.find("References:", begin) - begin);
+    }
+    // The number behind a text; 1000 without the text.
+    static double number_behind(const std::string& text, const std::string& before) {
+        const std::size_t at = text.find(before);
+        return at == std::string::npos ? 1000.0 : std::atof(text.c_str() + at + before.size());
+    }
+
+    mnd_test::TempFolder folder;
+    fs::path document_;
+};
+
+TEST_F(MismatchRuns, WoodMiceAreFittedByAllModels) {
+    const std::string block = block_of(analyse("woodmouse", ""));
+    ASSERT_NE(block, "");
+    // The moments of the 105 pairs. A simplex search (Nelder and Mead) from three starts finds the least sum
+    // of squares at Tau 11.525, Theta0 1.6747 and Theta1 88.44; the pattern search stops on steps of 0.001.
+    EXPECT_NEAR(number_behind(block, "\nMismatch observed mean              : "), 11.781, 0.0006);
+    EXPECT_NEAR(number_behind(block, "\nMismatch observed variance          : "), 17.653, 0.0006);
+    EXPECT_NEAR(number_behind(block, "\nTau                                 : "), 11.52, 0.1);
+    EXPECT_NEAR(number_behind(block, "\nTheta0                              : "), 1.68, 0.1);
+    EXPECT_NEAR(number_behind(block, "\nTheta1                              : "), 88.6, 2.0);
+    EXPECT_EQ(count_of(block, "Test of goodness-of-fit:"), 2);
+    EXPECT_EQ(count_of(block, "Confidence intervals (Percentile method)"), 6);
+    EXPECT_EQ(count_of(block, "\nBased on "), 6);
+    EXPECT_TRUE(contains(block, "Parameters of the spatial expansion assuming different deme size"));
+    EXPECT_FALSE(contains(block, "nan"));
+    EXPECT_FALSE(contains(block, "inf\n"));
+}
+
+TEST_F(MismatchRuns, ASeedGivesTheSameDocumentAgain) {
+    EXPECT_EQ(block_of(analyse("woodmouse", "")), block_of(analyse("woodmouse", "")));
+}
+
+TEST_F(MismatchRuns, TheXmlDocumentIsWellFormed) {
+    const std::string document = analyse("woodmouse", "XMLOutput=1\nNumBootExpDem=5\n", ".xml");
+    EXPECT_EQ(count_of(document, "<mismatchDemogExp pop="), 1);
+    EXPECT_EQ(count_of(document, "<mismatchSpatialExpCI pop="), 3);
+    EXPECT_EQ(std::system(("xmllint --noout '" + document_.string() + "' 2>/dev/null").c_str()), 0);
+}
+
+}  // namespace
