@@ -5,7 +5,7 @@
 namespace mnd {
 namespace {
 
-constexpr const char* kSimulatedTitle = "A series of simulated samples";
+constexpr const char* kSimulatedTitle = "\tTitle=\"A series of simulated samples\"\n";
 
 const char* name_of(TDataType data_type) {
     switch (data_type) {
@@ -20,11 +20,14 @@ const char* name_of(TDataType data_type) {
     }
 }
 
-void write_header(int num_samples, TDataType data_type, const char* title, std::ostream& out) {
+// What stands before and behind the line of the title.
+void write_profile_heading(std::ostream& out) {
+    out << "\n[Profile]\n";
+}
+
+void write_profile(int num_samples, TDataType data_type, std::ostream& out) {
     const bool sequences = data_type == DNA || data_type == RFLP;
-    out << "\n[Profile]\n"
-        << "\tTitle=\"" << title << "\"\n"
-        << "\tNbSamples=" << num_samples << '\n'
+    out << "\tNbSamples=" << num_samples << '\n'
         << "\tGenotypicData=1\n"
         << "\tGameticPhase=0\n"
         << "\tRecessiveData=0\n"
@@ -41,7 +44,9 @@ void write_size(int size, std::ostream& out) {
 }  // namespace
 
 void write_Mendrake_header(int const& num_samples, TDataType const& data_type, std::ostream& out) {
-    write_header(num_samples, data_type, kSimulatedTitle, out);
+    write_profile_heading(out);
+    out << kSimulatedTitle;
+    write_profile(num_samples, data_type, out);
 }
 
 void write_Mendrake_sample_header(int const& number, int const& size, std::ostream& out) {
@@ -55,7 +60,9 @@ void write_Mendrake_sample_footer(std::ostream& out) {
 
 void write_Mendrake_header_gibbs(int const& num_samples, TDataType const& data_type, my_string const& title,
                                  std::ostream& out) {
-    write_header(num_samples, data_type, title.c_str(), out);
+    write_profile_heading(out);
+    out << "\tTitle=\"" << title << "\"\n";
+    write_profile(num_samples, data_type, out);
 }
 
 void write_Mendrake_sample_header_gibbs(my_string const& name, int const& size, std::ostream& out) {

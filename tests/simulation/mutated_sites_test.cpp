@@ -8,6 +8,7 @@
 
 #include "foundation/message_codes.h"
 #include "model/popul_dna.h"
+#include "run/settings.h"
 #include "simulation/coalescent_tree.h"
 #include "support/captured_reports.h"
 #include "support/plain_genealogy.h"
@@ -251,6 +252,36 @@ TEST_F(MutatedSitesTest, SegregatingSitesAndDifferencesFollowTheory) {
     const double variance = (n + 1.0) / (3.0 * (n - 1.0)) * theta +
                             2.0 * (n * n + n + 3.0) / (9.0 * n * (n - 1.0)) * theta * theta;
     EXPECT_NEAR(pi.variance() / variance, 1.0, 0.08);
+}
+
+// The numbers that the analyses of a sample of sequences give, with all weights at 1.
+TEST_F(MutatedSitesTest, EqualTheAnalysesOfTheSampleReadBack) {
+    constexpr int n = 25;
+    MutatedSites mutated;
+    mnd::PopulDNA sample;
+    sample.sample_size = n;
+    sample.allocate_tree(n);
+    for (const double mu : {1.0, 8.0, 60.0}) {
+        const MutationModel model{.mu = mu, .sites = 150};
+        const mnd::UniformStream here = mnd::uniform_stream;
+        sample.simulate_sample(model);
+        mnd::Haplo_DB definitions;
+        mnd::PopulDNA read;
+        mnd::settings s;
+        s.TransitionWeight = s.TranversionWeight = s.DeletionWeight = 1.0;
+        read.read_simulated_sample(*sample.tree, definitions, model.type);
+        ASSERT_EQ(read.evaluate_polymorphism(s), 1);
+        ASSERT_EQ(read.compute_molecular_diversity(s), 1);
+        mnd::uniform_stream = here;
+        sample.fast_simulate_sample(mutated, model);
+        EXPECT_EQ(mutated.num_segregating_sites(), read.nb_polym_loci);
+        EXPECT_EQ(mutated.num_haplotypes(), read.nb_hapl);
+        for (int h = 0; h < read.nb_hapl; ++h)
+            EXPECT_EQ(mutated.haplotype_counts()[static_cast<std::size_t>(h)],
+                      read.hapl_list.at_const(h)->freq);
+        const double pi = static_cast<double>(mutated.pair_differences()) / (n * (n - 1) / 2.0);
+        EXPECT_NEAR(pi, read.mean_pairwise_diff, 1e-12 * pi);
+    }
 }
 
 TEST_F(MutatedSitesTest, OneGeneCopyHasOneHaplotypeAndNoPair) {
