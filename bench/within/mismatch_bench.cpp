@@ -45,6 +45,8 @@ struct Walk {
     double by = 0.125;
     int turn = 0;
 
+    explicit Walk(Fit& walked) : fit(walked) {}
+
     void step() {
         double* const parameters[] = {&fit.Theta1, &fit.Theta0, &fit.Tau};
         for (int i = 0; i < 3; ++i)
