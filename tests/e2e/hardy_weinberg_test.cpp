@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/temp_folder.h"
+#include "support/text_files.h"
 
 namespace {
 
@@ -126,9 +127,9 @@ TEST_F(HardyWeinbergRuns, LociAndHaplotypesOfKnownPhase) {
 
 TEST_F(HardyWeinbergRuns, AreRepeatedUnderTheSameSeed) {
     const std::string first = analyse("hla_standard", "");
-    const std::string block = block_of(first, "normal_high");
+    const std::string block = mnd_test::without_anchors(block_of(first, "normal_high"));
     EXPECT_TRUE(contains(block, "      100172\n"));
-    EXPECT_EQ(block_of(analyse("hla_standard", ""), "normal_high"), block);
+    EXPECT_EQ(mnd_test::without_anchors(block_of(analyse("hla_standard", ""), "normal_high")), block);
 }
 
 TEST_F(HardyWeinbergRuns, GroupsAndXml) {

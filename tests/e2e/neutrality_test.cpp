@@ -7,6 +7,7 @@
 #include <string>
 
 #include "support/temp_folder.h"
+#include "support/text_files.h"
 
 namespace {
 
@@ -132,8 +133,12 @@ TEST_F(NeutralityRuns, SeasonsOfInfluenza) {
 }
 
 TEST_F(NeutralityRuns, AreRepeatedUnderTheSameSeed) {
-    const std::string blocks = blocks_of(analyse("woodmouse", ""), "woodmouse");
-    EXPECT_EQ(blocks_of(analyse("woodmouse", ""), "woodmouse"), blocks);
+    const auto blocks = [this] {
+        return mnd_test::without_anchors(blocks_of(analyse("woodmouse", ""), "woodmouse"));
+    };
+    const std::string first = blocks();
+    EXPECT_FALSE(first.empty());
+    EXPECT_EQ(blocks(), first);
 }
 
 // Tests that want other data than these leave their text, and no number.

@@ -31,4 +31,12 @@ inline std::string read_file(const std::string& path) {
     return text.str();
 }
 
+// A result document without the names of its anchors, which hold the time of the run.
+inline std::string without_anchors(std::string document) {
+    constexpr std::string_view kAnchor = "<A NAME=";
+    for (std::size_t at = document.find(kAnchor); at != std::string::npos; at = document.find(kAnchor, at))
+        document.erase(at, document.find('>', at) - at);
+    return document;
+}
+
 }  // namespace mnd_test
