@@ -1,4 +1,7 @@
 // The samples of a project replaced by simulated ones.
+#include <algorithm>
+#include <cstddef>
+
 #include "run/errors.h"
 #include "run/project.h"
 #include "simulation/coalescent_tree.h"
@@ -7,9 +10,10 @@ namespace mnd {
 namespace {
 
 // The tree of the samples. One that is new starts a series of replicates, which has nothing to do with
-// what other analyses simulated.
-TTree& tree_of(Samples& samples) {
-    if (!samples.tree) samples.tree.make().allocate_tree(0);
+// what other analyses simulated; so does another number of sites than the last replicate of any had.
+TTree& tree_of(Samples& samples, int sites) {
+    const bool same_sites = TNode::hits.size() == static_cast<std::size_t>(std::max(sites, 0));
+    if (!samples.tree || !same_sites) samples.tree.make().allocate_tree(0);
     return *samples.tree;
 }
 
@@ -24,7 +28,7 @@ int refuse_simulation() {
 int Project::simulateSample(double const& mu, int const& sites, Mut_Type const& type, double const& gamma_a,
                             double const& p_fixed, double const& fixed_rate, double const& ts_rate,
                             double const& F_st, int num_demes) {
-    if (tree_of(*samples).build_tree_struct_pop(*samples, mu, F_st, num_demes) == 0)
+    if (tree_of(*samples, sites).build_tree_struct_pop(*samples, mu, F_st, num_demes) == 0)
         return refuse_simulation();
     samples->sprinkle_mutations(mu, sites, type, gamma_a, p_fixed, fixed_rate, ts_rate);
     return take_simulated_data(type);
@@ -33,8 +37,9 @@ int Project::simulateSample(double const& mu, int const& sites, Mut_Type const& 
 int Project::simulateSample(double const& mu, int const& sites, Mut_Type const& type, double const& gamma_a,
                             double const& p_fixed, double const& fixed_rate, double const& ts_rate,
                             double const& F_st, double const& F_ct, int demes_per_group, int num_groups) {
-    const int built = tree_of(*samples).build_tree_struct_pop(*samples, *structure, mu, F_st, F_ct,
-                                                              demes_per_group, num_groups);
+    const int built =
+        tree_of(*samples, sites)
+            .build_tree_struct_pop(*samples, *structure, mu, F_st, F_ct, demes_per_group, num_groups);
     if (built == 0) return refuse_simulation();
     samples->sprinkle_mutations(mu, sites, type, gamma_a, p_fixed, fixed_rate, ts_rate);
     return take_simulated_data(type);

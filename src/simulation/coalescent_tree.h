@@ -146,6 +146,7 @@ public:
     // Makes the demes that are missing.
     // Writes:   leaves, leaf_blocks, occupied demes, rates (not total_mig_rate), lineages
     // Draws:    1 per sample
+    // Throws:   std::bad_alloc for more gene copies than half of what an int holds
     void createInitialNodes(Samples& samples);
     // The same for the samples of a structure, group by group. Groups and demes are raised to what
     // the structure needs.
@@ -168,9 +169,10 @@ public:
 
     // --- What a tree holds (tree_statistics.cpp) ---
 
-    // Sum of the lengths of all branches.
+    // Sum of the lengths of all branches; 0 when no tree was built.
     double total_length() const;
-    // Mean and variance of the age of the common ancestor over all pairs of leaves.
+    // Mean and variance of the age of the common ancestor over all pairs of leaves; both 0 without pairs
+    // and when no tree was built.
     struct Moments {
         double mean = 0.0;
         double variance = 0.0;

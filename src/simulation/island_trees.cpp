@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <new>
 #include <numeric>
 
 #include "foundation/random.h"
@@ -45,11 +46,17 @@ int gene_copies(const Population& sample) {
                                      : 0;
 }
 
-int sum_of_gene_copies(const MY_TIArrayAsVector<Population>& samples) {
-    int sum = 0;
+std::int64_t sum_of_gene_copies(const MY_TIArrayAsVector<Population>& samples) {
+    std::int64_t sum = 0;
     for (const Population* sample : samples)
         sum += gene_copies(*sample);
     return sum;
+}
+
+// The number of leaves as an int. Throws: std::bad_alloc when an int cannot number their nodes, twice as many
+int numbered_leaves(std::int64_t leaves) {
+    if (leaves > INT_MAX / 2) throw std::bad_alloc();
+    return static_cast<int>(leaves);
 }
 
 int demes_of_model(migrationModel model, int number) {
@@ -155,11 +162,12 @@ void TTree::place_sample(const Population& sample, int deme, int group, int& lea
 }
 
 void TTree::createInitialNodes(Samples& samples) {
+    const int copies = numbered_leaves(sum_of_gene_copies(samples.populations));
     const int needed = static_cast<int>(samples.populations.count);
     const int demes = std::max(static_cast<int>(num_demes), needed);
     if (demes != static_cast<int>(deme_nodes.size()) || num_groups != 0) createDemes(kIslandMigration, demes);
     num_demes = demes;
-    take_gene_copies(sum_of_gene_copies(samples.populations));
+    take_gene_copies(copies);
     std::vector<int> free = numbers_below(demes);
     int leaf = 0;
     for (const Population* sample : samples.populations)
@@ -167,12 +175,13 @@ void TTree::createInitialNodes(Samples& samples) {
 }
 
 void TTree::createInitialNodes(Structure const& structure, int per_group, int groups) {
-    int total = 0;
+    std::int64_t total = 0;
     int largest = 0;
     for (const MY_TIArrayAsVector<Population>& group : structure.groups) {
         total += sum_of_gene_copies(group);
         largest = std::max(largest, static_cast<int>(group.count));
     }
+    const int copies = numbered_leaves(total);
     const int demes = std::max(per_group, largest);
     const int all_groups = std::max(groups, static_cast<int>(structure.groups.size()));
     if (demes != demes_per_group || all_groups != num_groups ||
@@ -180,7 +189,7 @@ void TTree::createInitialNodes(Structure const& structure, int per_group, int gr
         createDemes(kIslandMigration, demes, all_groups);
     }
     num_demes = static_cast<double>(demes) * all_groups;
-    take_gene_copies(total);
+    take_gene_copies(copies);
     std::vector<int> free_groups = numbers_below(all_groups);
     int leaf = 0;
     for (const MY_TIArrayAsVector<Population>& samples : structure.groups) {

@@ -51,6 +51,7 @@ void MutatedSites::start(const TTree& tree, const MutationModel& model) {
         last_event_[static_cast<std::size_t>(site)] = kNone;
     mutated_.clear();
     last_event_.resize(static_cast<std::size_t>(num_sites_), kNone);
+    root_draws_.resize(nucleotides_ ? static_cast<std::size_t>(num_sites_) : 0);
     leaf_at_.clear();
     place_of_.assign(static_cast<std::size_t>(num_leaves_), 0);
 }
@@ -68,7 +69,6 @@ void MutatedSites::count_leaves(const TTree& tree) {
 
 void MutatedSites::drop_mutations(TTree& tree, const MutationModel& model) {
     const MutationProcess process(model);
-    root_draws_.resize(nucleotides_ ? static_cast<std::size_t>(num_sites_) : 0);
     ran3_block(root_draws_.data(), static_cast<int>(root_draws_.size()));
     count_leaves(tree);
     long seed = 1;

@@ -32,6 +32,7 @@ std::vector<int> leaves_below(const TTree& tree) {
 }  // namespace
 
 double TTree::total_length() const {
+    if (!is_built()) return 0.0;
     double length = 0.0;
     for (int i = 0; i < 2 * sample_size - 2; ++i)
         length += node(i)->ancestor->time - node(i)->time;
@@ -39,6 +40,7 @@ double TTree::total_length() const {
 }
 
 TTree::Moments TTree::compute_moments_of_coalescence_times() const {
+    if (!is_built()) return {};
     const std::vector<int> below = leaves_below(*this);
     const auto below_node = [&](const TNode* n) {
         return static_cast<double>(below[static_cast<std::size_t>(n - nodes.data())]);

@@ -219,6 +219,20 @@ TEST_F(CoalescentTree, AllocationEndsTheSeriesOfReplicatesBefore) {
     EXPECT_TRUE(mnd::TNode::mut_rates.rates.empty());
 }
 
+// A tree that is allocated, or whose replicate failed, has no branches.
+TEST_F(CoalescentTree, ATreeThatWasNotBuiltHasNoLengthAndNoMoments) {
+    TTree tree(5);
+    EXPECT_EQ(tree.total_length(), 0.0);
+    EXPECT_EQ(tree.compute_moments_of_coalescence_times().mean, 0.0);
+    tree.build_tree();
+    EXPECT_GT(tree.total_length(), 0.0);
+    EXPECT_GT(tree.compute_moments_of_coalescence_times().mean, 0.0);
+    tree.set_sample_size(5);
+    EXPECT_EQ(tree.total_length(), 0.0);
+    EXPECT_EQ(tree.compute_moments_of_coalescence_times().mean, 0.0);
+    EXPECT_EQ(tree.compute_moments_of_coalescence_times().variance, 0.0);
+}
+
 TEST_F(CoalescentTree, CountsItsCoalescences) {
     TTree tree(8);
     mnd::TNode::node_count = 0;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <set>
 #include <vector>
 
@@ -214,6 +215,18 @@ TEST_F(Islands, DemesAreRaisedToTheSamplesAndNeverShared) {
         seen.insert({tree.occupied.begin(), tree.occupied.end()});
     }
     EXPECT_EQ(seen.size(), 24U);  // every order of the demes
+}
+
+// Five samples of 2^29 - 1 gene copies have more leaves than can be numbered.
+TEST_F(Islands, MoreGeneCopiesThanCanBeNumberedAreRefused) {
+    Samples samples;
+    add_samples(samples, {2000000000, 2000000000, 2000000000, 2000000000, 2000000000});
+    TTree tree;
+    EXPECT_THROW(tree.build_tree_struct_pop(samples, 0.0, 0.2, 5), std::bad_alloc);
+    Structure structure;
+    add_groups(structure, samples, {{0, 1}, {2, 3, 4}});
+    EXPECT_THROW(tree.build_tree_struct_pop(samples, structure, 0.0, 0.3, 0.1, 5, 4), std::bad_alloc);
+    EXPECT_EQ(tree.sample_size, 0);
 }
 
 TEST_F(Islands, CoalescenceNeedsADemeOfTwo) {

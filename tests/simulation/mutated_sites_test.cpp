@@ -284,6 +284,16 @@ TEST_F(MutatedSitesTest, EqualTheAnalysesOfTheSampleReadBack) {
     }
 }
 
+TEST_F(MutatedSitesTest, WithoutATreeAllLeavesHaveTheSameState) {
+    MutatedSites mutated;
+    TTree tree(4);
+    EXPECT_EQ(mutated.sprinkle(tree, {.mu = 5.0, .sites = 10}), 0);
+    for (int leaf = 0; leaf < 4; ++leaf) {
+        for (int site = 0; site < 10; ++site)
+            EXPECT_EQ(mutated.state(leaf, site), 0);
+    }
+}
+
 TEST_F(MutatedSitesTest, OneGeneCopyHasOneHaplotypeAndNoPair) {
     MutatedSites mutated;
     TTree tree(1);

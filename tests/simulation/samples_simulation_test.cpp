@@ -8,6 +8,7 @@
 #include "run/project.h"
 #include "simulation/coalescent_tree.h"
 #include "support/captured_log.h"
+#include "support/captured_reports.h"
 #include "support/sample_moments.h"
 #include "support/seeded_stream.h"
 #include "support/simulated_samples.h"
@@ -244,6 +245,26 @@ TEST_F(SimulatedProject, HasNewDataOfTheSameSizesInBothModels) {
     EXPECT_EQ(project.structure->groups[0].at_const(0), project.samples->populations.at_const(2));
     EXPECT_EQ(project.structure->groups[1].at_const(0), project.samples->populations.at_const(0));
     EXPECT_EQ(project.structure->groups[1].at_const(1), project.samples->populations.at_const(1));
+}
+
+// Between two replicates another analysis simulates 400 sites.
+TEST_F(SimulatedProject, GoesOnAfterAnotherAnalysisHasSimulated) {
+    add_groups(*project.structure, *project.samples, {{2}, {0, 1}});
+    const auto island = [&] {
+        return project.simulateSample(9.0, 1, mnd::kNewStateMutation, 0.0, 1.0, 1.0, 0.33, 0.2, 10);
+    };
+    const auto hierarchical = [&] {
+        return project.simulateSample(9.0, 1, mnd::kNewStateMutation, 0.0, 1.0, 1.0, 0.33, 0.3, 0.1, 5, 4);
+    };
+    ASSERT_EQ(island(), 1);
+    const mnd_test::CapturedReports reports;
+    mnd::TNode::hits.assign(400, 0);
+    EXPECT_EQ(island(), 1);
+    EXPECT_GT(project.samples->total_mutations, 0);
+    mnd::TNode::hits.assign(400, 0);
+    EXPECT_EQ(hierarchical(), 1);
+    EXPECT_GT(project.samples->total_mutations, 0);
+    EXPECT_TRUE(reports.all().empty());
 }
 
 // In the hierarchical form the leaves come group by group, and each block goes to its own sample.
