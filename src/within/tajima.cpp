@@ -110,7 +110,8 @@ bool observe(Sample& sample, settings& s, TajimaReport& report) {
     sample.tajima_p = -1.0;
     report.defined =
         differences.computed() && tajima_D(tajima_constants(report.n), report.pi, report.S).defined;
-    sample.tajimaD(report.n, report.pi, report.S);
+    sample.tajima_D = 0.0;
+    if (differences.computed()) sample.tajimaD(report.n, report.pi, report.S);
     report.D = sample.tajima_D;
     return differences.computed();
 }

@@ -346,6 +346,7 @@ TEST_F(Tajima, AStoppedRunHasNoPValue) {
     std::ostringstream out;
     tajima_test(sample, a.s, out);
     EXPECT_EQ(sample.tajima_p, -1.0);
+    EXPECT_EQ(sample.tajima_D, 0.0);
     EXPECT_EQ(out.str(), "");
 }
 
