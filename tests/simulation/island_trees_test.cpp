@@ -454,6 +454,24 @@ TEST_F(HierarchicalIslands, WithNowhereToGoNothingIsDrawn) {
     EXPECT_EQ(mnd::draws_taken(), 0U);
 }
 
+// The last lineage is alone in its group, and the root knows which one.
+TEST_F(HierarchicalIslands, ACoalescenceTakesOneLineageFromItsGroup) {
+    Samples samples;
+    add_samples(samples, {6, 3, 4});
+    Structure structure;
+    add_groups(structure, samples, {{0, 1}, {2}});
+    TTree tree;
+    for (int r = 0; r < 20; ++r) {
+        ASSERT_EQ(tree.build_tree_struct_pop(samples, structure, 0.0, 0.3, 0.1, 3, 4), 1);
+        ASSERT_EQ(tree.num_occupied, 1);
+        const int group = tree.occupied[0] / 3;
+        std::vector<std::int32_t> expected(4, 0);
+        expected[static_cast<std::size_t>(group)] = 1;
+        EXPECT_EQ(tree.group_lineages, expected);
+        EXPECT_EQ(tree.root()->deme, group);
+    }
+}
+
 TEST_F(HierarchicalIslands, RatesOutsideTheOpenUnitIntervalFail) {
     Samples samples;
     add_samples(samples, {4, 4});
