@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/limited_memory.h"
 #include "support/temp_folder.h"
 
 namespace {
@@ -216,19 +217,6 @@ TEST_F(Program, MatrixTooBigForTheMemoryFailsItsProjectOnly) {
     EXPECT_TRUE(contains(log_of("b"), "Successful run of b.mnp"));
 }
 
-// The sanitizers reserve more address space than any limit leaves.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kMemoryCanBeLimited = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kMemoryCanBeLimited = false;
-#else
-constexpr bool kMemoryCanBeLimited = true;
-#endif
-#else
-constexpr bool kMemoryCanBeLimited = true;
-#endif
-
 // One sample of n sequences that all differ.
 std::string many_haplotypes(int n) {
     constexpr char kBases[] = {'A', 'C', 'G', 'T'};
@@ -247,7 +235,7 @@ std::string many_haplotypes(int n) {
 }
 
 TEST_F(Program, ExhaustedMemoryFailsItsProjectOnly) {
-    if (!kMemoryCanBeLimited) GTEST_SKIP() << "the memory of this build can't be limited";
+    if (!mnd_test::kMemoryCanBeLimited) GTEST_SKIP() << "the memory of this build can't be limited";
     // 4000 haplotypes have 16 million distances, of 8 bytes each.
     write("big.mnp", many_haplotypes(4000));
     write("b.mnp", small_project());
