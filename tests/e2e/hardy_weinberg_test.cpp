@@ -1,10 +1,9 @@
 // Tests of Hardy-Weinberg proportions as a user starts them: real projects in, documents out.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 
+#include "support/project_runs.h"
 #include "support/temp_folder.h"
 #include "support/text_files.h"
 
@@ -12,38 +11,18 @@ namespace {
 
 using mnd_test::contains;
 using mnd_test::count_of;
-using mnd_test::read_text;
-using mnd_test::write_text;
 
-namespace fs = std::filesystem;
-
-class HardyWeinbergRuns : public ::testing::Test {
+class HardyWeinbergRuns : public mnd_test::ProjectRuns {
 protected:
     // Analyses a project of the test data under a seed; the lines of settings stand first.
     std::string analyse(const std::string& project, const std::string& settings,
                         const char* ending = ".htm") {
-        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"),
-                      fs::copy_options::overwrite_existing);
-        write_text(
-            folder / "s.mns",
+        return run_project(
+            project,
             settings +
                 "TaskNumber=32\nMakeHWExactTest=1\nMarkovChainStepsHW=100000\n"
-                "MarkovChainDememorisationStepsHW=1500\nMarkovChainDememorisationStepsLD=2000\n"
-                "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
-                "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n");
-        const std::string command = "cd '" + folder.path().string() +
-                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
-                                    ".mnp s.mns > stdout.txt 2> stderr.txt";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
-        result_folder_ = folder / (project + ".res");
-        document_ = result_folder_ / (project + ending);
-        return read_text(document_);
-    }
-    std::string console() const { return read_text(folder / "stdout.txt"); }
-    std::string log() const { return read_text(result_folder_ / "Mendrake_log.txt"); }
-    bool is_well_formed() const {
-        return std::system(("xmllint --noout '" + document_.string() + "' 2>/dev/null").c_str()) == 0;
+                "MarkovChainDememorisationStepsHW=1500\nMarkovChainDememorisationStepsLD=2000\n",
+            ending);
     }
 
     // The block of a sample, from its heading to its citation.
@@ -52,17 +31,6 @@ protected:
         if (begin == std::string::npos) return "";
         return document.substr(begin, document.find("Reference: ", begin) - begin);
     }
-    // The number behind a text; 1000 without the text.
-    static double number_behind(const std::string& text, const std::string& before) {
-        const std::size_t at = text.find(before);
-        return at == std::string::npos ? 1000.0 : std::atof(text.c_str() + at + before.size());
-    }
-
-    mnd_test::TempFolder folder;
-
-private:
-    fs::path result_folder_;
-    fs::path document_;
 };
 
 // Heterozygosities from counts, P from 20000 shuffles of the allele copies at each locus, by a program of

@@ -1,42 +1,26 @@
 // Mismatch distributions and expansions as a user starts them: real projects in, documents out.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 
+#include "support/project_runs.h"
 #include "support/temp_folder.h"
 
 namespace {
 
 using mnd_test::contains;
 using mnd_test::count_of;
-using mnd_test::read_text;
-using mnd_test::write_text;
 
-namespace fs = std::filesystem;
-
-class MismatchRuns : public ::testing::Test {
+class MismatchRuns : public mnd_test::ProjectRuns {
 protected:
     // Analyses a project of the test data under a seed; the lines of settings stand first.
     std::string analyse(const std::string& project, const std::string& settings,
                         const char* ending = ".htm") {
-        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"),
-                      fs::copy_options::overwrite_existing);
-        write_text(
-            folder / "s.mns",
-            settings +
-                "TaskNumber=4\nMismatchDemogExp=1\nMismatchSpatialExp=1\n"
-                "MismatchSpatialExpNumParams=2\nNumBootExpDem=60\n"
-                "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
-                "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n");
-        const std::string command = "cd '" + folder.path().string() +
-                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
-                                    ".mnp s.mns > stdout.txt 2> stderr.txt";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
-        document_ = folder / (project + ".res") / (project + ending);
-        return read_text(document_);
+        return run_project(project,
+                           settings +
+                               "TaskNumber=4\nMismatchDemogExp=1\nMismatchSpatialExp=1\n"
+                               "MismatchSpatialExpNumParams=2\nNumBootExpDem=60\n",
+                           ending);
     }
     // From the heading of the step to its publications, which times do not enter.
     static std::string block_of(const std::string& document) {
@@ -44,14 +28,6 @@ protected:
         if (begin == std::string::npos) return "";
         return document.substr(begin, document.find("References:", begin) - begin);
     }
-    // The number behind a text; 1000 without the text.
-    static double number_behind(const std::string& text, const std::string& before) {
-        const std::size_t at = text.find(before);
-        return at == std::string::npos ? 1000.0 : std::atof(text.c_str() + at + before.size());
-    }
-
-    mnd_test::TempFolder folder;
-    fs::path document_;
 };
 
 TEST_F(MismatchRuns, WoodMiceAreFittedByAllModels) {
@@ -80,7 +56,7 @@ TEST_F(MismatchRuns, TheXmlDocumentIsWellFormed) {
     const std::string document = analyse("woodmouse", "XMLOutput=1\nNumBootExpDem=5\n", ".xml");
     EXPECT_EQ(count_of(document, "<mismatchDemogExp pop="), 1);
     EXPECT_EQ(count_of(document, "<mismatchSpatialExpCI pop="), 3);
-    EXPECT_EQ(std::system(("xmllint --noout '" + document_.string() + "' 2>/dev/null").c_str()), 0);
+    EXPECT_TRUE(is_well_formed());
 }
 
 }  // namespace

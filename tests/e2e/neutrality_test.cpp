@@ -2,10 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 
+#include "support/project_runs.h"
 #include "support/temp_folder.h"
 #include "support/text_files.h"
 
@@ -13,37 +12,15 @@ namespace {
 
 using mnd_test::contains;
 using mnd_test::count_of;
-using mnd_test::read_text;
-using mnd_test::write_text;
 
-namespace fs = std::filesystem;
-
-class NeutralityRuns : public ::testing::Test {
+class NeutralityRuns : public mnd_test::ProjectRuns {
 protected:
     // Analyses a project of the test data under a seed; the lines of settings stand first.
     std::string analyse(const std::string& project, const std::string& settings,
                         const char* ending = ".htm") {
-        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"),
-                      fs::copy_options::overwrite_existing);
-        write_text(
-            folder / "s.mns",
-            settings +
-                "TaskNumber=16832\nNumIterationsNeutralityTests=1000\nNumSimulFuTest=1000\n"
-                "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
-                "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n");
-        const std::string command = "cd '" + folder.path().string() +
-                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
-                                    ".mnp s.mns > stdout.txt 2> stderr.txt";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
-        result_folder_ = folder / (project + ".res");
-        document_ = result_folder_ / (project + ending);
-        return read_text(document_);
-    }
-    std::string console() const { return read_text(folder / "stdout.txt"); }
-    std::string log() const { return read_text(result_folder_ / "Mendrake_log.txt"); }
-    bool is_well_formed() const {
-        return std::system(("xmllint --noout '" + document_.string() + "' 2>/dev/null").c_str()) == 0;
+        return run_project(
+            project, settings + "TaskNumber=16832\nNumIterationsNeutralityTests=1000\nNumSimulFuTest=1000\n",
+            ending);
     }
 
     // The blocks of a sample, from that of Tajima's test on.
@@ -55,17 +32,6 @@ protected:
             std::min(document.find("== Sample : ", begin), document.find("END OF RUN", begin));
         return document.substr(begin, end - begin);
     }
-    // The number behind a text; 1000 without the text.
-    static double number_behind(const std::string& text, const std::string& before) {
-        const std::size_t at = text.find(before);
-        return at == std::string::npos ? 1000.0 : std::atof(text.c_str() + at + before.size());
-    }
-
-    mnd_test::TempFolder folder;
-
-private:
-    fs::path result_folder_;
-    fs::path document_;
 };
 
 constexpr const char* kTajimaP = "\nP(sim. D &lt;= obs. D)                   : ";

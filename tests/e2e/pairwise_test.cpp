@@ -1,51 +1,31 @@
 // Comparisons of pairs of samples as a user starts them: real projects in, documents out.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
+#include "support/project_runs.h"
 #include "support/temp_folder.h"
 
 namespace {
 
 using mnd_test::contains;
 using mnd_test::count_of;
-using mnd_test::read_text;
-using mnd_test::write_text;
 
 namespace fs = std::filesystem;
 
-class PairwiseRuns : public ::testing::Test {
+class PairwiseRuns : public mnd_test::ProjectRuns {
 protected:
     // Analyses a project of the test data under a seed; the lines of settings stand first.
     std::string analyse(const std::string& project, const std::string& settings,
                         const char* ending = ".htm") {
-        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"),
-                      fs::copy_options::overwrite_existing);
-        write_text(
-            folder / "s.mns",
+        return run_project(
+            project,
             settings +
                 "TaskNumber=1024\nComputePairwiseFST=1\nPrintFstVals=1\nPrintMissIntermatchs=1\n"
-                "ComputeDistanceMatrixAMOVA=1\nFSTSignifLevel=0.05\n"
-                "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
-                "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n");
-        const std::string command = "cd '" + folder.path().string() +
-                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
-                                    ".mnp s.mns run_silent > stdout.txt 2> stderr.txt";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
-        document_ = (folder / (project + ".res/" + project + ending)).string();
-        return read_text(document_);
+                "ComputeDistanceMatrixAMOVA=1\nFSTSignifLevel=0.05\n",
+            ending, "run_silent");
     }
-    bool is_well_formed() const {
-        return std::system(("xmllint --noout '" + document_ + "' 2>/dev/null").c_str()) == 0;
-    }
-
-    mnd_test::TempFolder folder;
-
-private:
-    std::string document_;
 };
 
 // From all pairs of the 100 sequences over the 97 sites with at most 5 % of missing data, by a program
