@@ -1,20 +1,22 @@
 #include "simulation/coalescent_tree.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
 #include "foundation/random.h"
+#include "model/population.h"
+#include "simulation/random_index.h"
 
 namespace mnd {
 namespace {
 
+// What a sample may have at the most: four of them are still numbered by an int.
+constexpr int kMaxGeneCopies = INT_MAX / 4;
+
+// Waiting time at a rate of 1. Draws: 1
 double exponential() {
     return -std::log(1.0 - ran3());
-}
-
-// A lineage of k. Draws: 1
-int random_lineage(int k) {
-    return std::min(static_cast<int>(k * ran3()), k - 1);
 }
 
 double pairs_of(int k) {
@@ -22,6 +24,11 @@ double pairs_of(int k) {
 }
 
 }  // namespace
+
+int leaves_of(const Population& sample) {
+    if (!(sample.sample_size >= 1.0)) return 0;
+    return static_cast<int>(std::min<double>(sample.sample_size, kMaxGeneCopies));
+}
 
 MY_TIArrayAsVector<TNode> TTree::matchingNodes = [] {
     MY_TIArrayAsVector<TNode> none;
@@ -74,19 +81,22 @@ void TTree::link(TNode* parent, TNode* child, TNode* TNode::*side) {
     child->ancestor = parent;
 }
 
-// Two random lineages of the list become the descendants of parent, which takes the place of the
-// second; the last lineage takes that of the first.
-void TTree::coalesce(TListNode& list, TNode* parent) {
-    const int k = list.size;
-    TNode*& first = list.list[static_cast<std::size_t>(random_lineage(k))];
+// Two random lineages of the k that are alive become the descendants of parent, which takes the place
+// of the second; the last lineage takes that of the first.
+void TTree::join_lineages(TNode** alive, int k, TNode* parent) {
+    TNode*& first = alive[random_index(k)];
     link(parent, first, &TNode::desc1);
-    first = list.list[static_cast<std::size_t>(k - 1)];
-    TNode*& second = list.list[static_cast<std::size_t>(random_lineage(k - 1))];
+    first = alive[k - 1];
+    TNode*& second = alive[random_index(k - 1)];
     link(parent, second, &TNode::desc2);
     second = parent;
     parent->ancestor = nullptr;
-    list.size = k - 1;
     ++TNode::node_count;
+}
+
+void TTree::coalesce(TListNode& list, TNode* parent) {
+    join_lineages(list.list.data(), list.size, parent);
+    --list.size;
 }
 
 int TTree::build_tree() {
@@ -134,7 +144,7 @@ int TTree::build_tree_range_exp(double const& T, double const& D) {
         }
         const bool leaves = ran3() < 2.0 * leaving / (k - 1.0 + 2.0 * leaving);
         if (leaves || k < 2) {
-            TNode*& lineage = active_.list[static_cast<std::size_t>(random_lineage(k))];
+            TNode*& lineage = active_.list[static_cast<std::size_t>(random_index(k))];
             parked_.list[static_cast<std::size_t>(parked_.size++)] = lineage;
             lineage = active_.list[static_cast<std::size_t>(--active_.size)];
         } else {

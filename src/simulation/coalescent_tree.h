@@ -39,6 +39,10 @@ struct TListNode {
     void allocate_list(int n);
 };
 
+// Leaves that a sample has in a tree: its gene copies as a whole number, 0 for a size below 1 or none.
+// A size beyond a quarter of what an int holds counts as that quarter.
+int leaves_of(const Population& sample);
+
 class TTree {
 public:
     int sample_size = 0;          // n leaves
@@ -169,6 +173,9 @@ public:
 
     // --- What a tree holds (tree_statistics.cpp) ---
 
+    // Leaves below each node of a tree that was built, by the number of the node; 1 at a leaf.
+    //   below    resized to the number of nodes, without loss of its storage
+    void count_leaves(std::vector<int>& below) const;
     // Sum of the lengths of all branches; 0 when no tree was built.
     double total_length() const;
     // Mean and variance of the age of the common ancestor over all pairs of leaves; both 0 without pairs
@@ -200,14 +207,18 @@ public:
     void print_sequences(std::ostream& out, Mut_Type const& type) const;
 
 private:
-    TListNode active_;  // working lists, kept between replicates
+    // Working lists, kept between replicates.
+    TListNode active_;
     TListNode parked_;
+    std::vector<std::int32_t> free_demes_;  // without a sample
+    std::vector<std::int32_t> free_groups_;
 
     TNode* node(int i) { return &nodes[static_cast<std::size_t>(i)]; }
     const TNode* node(int i) const { return &nodes[static_cast<std::size_t>(i)]; }
     void start_replicate();
     void list_leaves();
     static void link(TNode* parent, TNode* child, TNode* TNode::*side);
+    static void join_lineages(TNode** alive, int k, TNode* parent);
     static void coalesce(TListNode& list, TNode* parent);
 
     void start_demes(int number);

@@ -10,14 +10,10 @@
 #include "model/samples.h"
 #include "run/errors.h"
 #include "simulation/coalescent_tree.h"
+#include "simulation/random_index.h"
 
 namespace mnd {
 namespace {
-
-// One of n. Draws: 1
-int random_index(int n) {
-    return std::min(static_cast<int>(n * ran3()), n - 1);
-}
 
 // One of n, but not `other`; n is at least 2. Draws: 1 a try
 int random_index_but(int n, int other) {
@@ -28,28 +24,23 @@ int random_index_but(int n, int other) {
 }
 
 // Takes a random entry out of a list that keeps its order. Draws: 1
-int take_random(std::vector<int>& free) {
+std::int32_t take_random(std::vector<std::int32_t>& free) {
     const int place = random_index(static_cast<int>(free.size()));
-    const int taken = free[static_cast<std::size_t>(place)];
+    const std::int32_t taken = free[static_cast<std::size_t>(place)];
     free.erase(free.begin() + place);
     return taken;
 }
 
-std::vector<int> numbers_below(int n) {
-    std::vector<int> numbers(static_cast<std::size_t>(std::max(n, 0)));
+// The numbers 0 to n - 1, n not below 0.
+void fill_with_numbers(std::vector<std::int32_t>& numbers, int n) {
+    numbers.resize(static_cast<std::size_t>(n));
     std::iota(numbers.begin(), numbers.end(), 0);
-    return numbers;
-}
-
-int gene_copies(const Population& sample) {
-    return sample.sample_size >= 1.0 ? static_cast<int>(std::min<double>(sample.sample_size, INT_MAX / 4))
-                                     : 0;
 }
 
 std::int64_t sum_of_gene_copies(const MY_TIArrayAsVector<Population>& samples) {
     std::int64_t sum = 0;
     for (const Population* sample : samples)
-        sum += gene_copies(*sample);
+        sum += leaves_of(*sample);
     return sum;
 }
 
@@ -149,7 +140,7 @@ void TTree::take_gene_copies(int number) {
 }
 
 void TTree::place_sample(const Population& sample, int deme, int group, int& leaf) {
-    const int copies = gene_copies(sample);
+    const int copies = leaves_of(sample);
     leaf_blocks.push_back({&sample, leaf, copies});
     for (int i = 0; i < copies; ++i) {
         TNode* lineage = node(leaf++);
@@ -168,10 +159,10 @@ void TTree::createInitialNodes(Samples& samples) {
     if (demes != static_cast<int>(deme_nodes.size()) || num_groups != 0) createDemes(kIslandMigration, demes);
     num_demes = demes;
     take_gene_copies(copies);
-    std::vector<int> free = numbers_below(demes);
+    fill_with_numbers(free_demes_, demes);
     int leaf = 0;
     for (const Population* sample : samples.populations)
-        place_sample(*sample, take_random(free), 0, leaf);
+        place_sample(*sample, take_random(free_demes_), 0, leaf);
 }
 
 void TTree::createInitialNodes(Structure const& structure, int per_group, int groups) {
@@ -190,13 +181,13 @@ void TTree::createInitialNodes(Structure const& structure, int per_group, int gr
     }
     num_demes = static_cast<double>(demes) * all_groups;
     take_gene_copies(copies);
-    std::vector<int> free_groups = numbers_below(all_groups);
+    fill_with_numbers(free_groups_, all_groups);
     int leaf = 0;
     for (const MY_TIArrayAsVector<Population>& samples : structure.groups) {
-        const int group = take_random(free_groups);
-        std::vector<int> free = group_demes[static_cast<std::size_t>(group)];
+        const int group = take_random(free_groups_);
+        free_demes_ = group_demes[static_cast<std::size_t>(group)];
         for (const Population* sample : samples)
-            place_sample(*sample, take_random(free), group, leaf);
+            place_sample(*sample, take_random(free_demes_), group, leaf);
     }
 }
 
@@ -272,19 +263,12 @@ void TTree::coalesceWithinAPop(double const& t) {
     MY_TIArrayAsVector<TNode>& list = deme_nodes[d];
     const int k = deme_lineages[d];
     TNode* parent = node(2 * sample_size - lineages);
-    const int first = random_index(k);
-    link(parent, list.data[first], &TNode::desc1);
-    list.data[first] = list.data[k - 1];
-    const int second = random_index(k - 1);
-    link(parent, list.data[second], &TNode::desc2);
-    list.data[second] = parent;
+    join_lineages(list.data.get(), k, parent);
     list.data[--list.count] = nullptr;
     parent->time = t;
-    parent->ancestor = nullptr;
     parent->deme = parent->desc1->deme;
     const auto group = static_cast<std::size_t>(parent->deme);
     if (group < group_lineages.size()) --group_lineages[group];
-    ++TNode::node_count;
     --lineages;
     --deme_lineages[d];
     set_coal_rate(deme);
@@ -316,12 +300,11 @@ void TTree::sendMigrant2Levels(double m1, double m2, int per_group, int groups) 
         return;
     }
     const int destination = random_index_but(groups, group);
-    // The position in the group: its number is cut to 0 before it is scaled.
-    const int position = std::min(static_cast<int>(ran3()), 0) * per_group;
+    ran3();  // would choose the position in the group, but is cut to 0 before it is scaled
     --group_lineages[static_cast<std::size_t>(group)];
     ++group_lineages[static_cast<std::size_t>(destination)];
     lineage->deme = destination;
-    put_lineage(lineage, destination * per_group + position);
+    put_lineage(lineage, destination * per_group);
 }
 
 // Events until one lineage is left; 0 when none is possible before.
@@ -339,7 +322,7 @@ int TTree::run_islands(Migrate migrate) {
             coalesceWithinAPop(t);
         }
     }
-    return lineages;
+    return lineages == 1 ? 1 : 0;
 }
 
 int TTree::build_tree_struct_pop(Samples& samples, double const&, double const& F, int demes) {

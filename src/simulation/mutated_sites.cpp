@@ -56,21 +56,10 @@ void MutatedSites::start(const TTree& tree, const MutationModel& model) {
     place_of_.assign(static_cast<std::size_t>(num_leaves_), 0);
 }
 
-// Leaves below each node. Descendants have lower numbers than their ancestors.
-void MutatedSites::count_leaves(const TTree& tree) {
-    const auto n = static_cast<std::size_t>(num_leaves_);
-    const TNode* const nodes = tree.nodes.data();
-    below_.assign(2 * n - 1, 1);
-    for (std::size_t i = n; i < below_.size(); ++i) {
-        below_[i] = below_[static_cast<std::size_t>(nodes[i].desc1 - nodes)] +
-                    below_[static_cast<std::size_t>(nodes[i].desc2 - nodes)];
-    }
-}
-
 void MutatedSites::drop_mutations(TTree& tree, const MutationModel& model) {
     const MutationProcess process(model);
     ran3_block(root_draws_.data(), static_cast<int>(root_draws_.size()));
-    count_leaves(tree);
+    tree.count_leaves(below_);
     long seed = 1;
     stack_.assign(1, tree.root());
     while (!stack_.empty()) {

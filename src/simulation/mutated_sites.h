@@ -98,7 +98,6 @@ private:
     };
 
     void start(const TTree& tree, const MutationModel& model);
-    void count_leaves(const TTree& tree);
     void drop_mutations(TTree& tree, const MutationModel& model);
     void mutate(const MutationProcess& process, int first, int end);
     int root_state(int site) const;

@@ -20,11 +20,11 @@ const char* name_of(TDataType data_type) {
     }
 }
 
-// What stands before and behind the line of the title.
 void write_profile_heading(std::ostream& out) {
     out << "\n[Profile]\n";
 }
 
+// What stands behind the line of the title.
 void write_profile(int num_samples, TDataType data_type, std::ostream& out) {
     const bool sequences = data_type == DNA || data_type == RFLP;
     out << "\tNbSamples=" << num_samples << '\n'

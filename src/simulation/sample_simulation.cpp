@@ -1,6 +1,4 @@
 // Simulated samples: a tree, mutations on it, and the leaves read back.
-#include <algorithm>
-#include <climits>
 #include <string>
 
 #include "foundation/message_codes.h"
@@ -12,11 +10,6 @@
 
 namespace mnd {
 namespace {
-
-int leaves_of(const Population& sample) {
-    return sample.sample_size >= 1.0 ? static_cast<int>(std::min<double>(sample.sample_size, INT_MAX / 4))
-                                     : 0;
-}
 
 // The tree of a sample with as many leaves as it has gene copies, and the counters at zero.
 TTree& start_replicate(PopGenetics& sample) {

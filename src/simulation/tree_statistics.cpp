@@ -17,19 +17,18 @@ std::string_view bytes_of(const myVectInt& sequence) {
     return {reinterpret_cast<const char*>(sequence.data()), sequence.size() * sizeof(int)};
 }
 
-// Leaves below each node; descendants have lower numbers than their ancestors.
-std::vector<int> leaves_below(const TTree& tree) {
-    const auto n = static_cast<std::size_t>(tree.sample_size);
-    std::vector<int> below(n == 0 ? 0 : 2 * n - 1, 1);
-    for (std::size_t i = n; i < below.size(); ++i) {
-        const TNode& node = tree.nodes[i];
-        below[i] = below[static_cast<std::size_t>(node.desc1 - tree.nodes.data())] +
-                   below[static_cast<std::size_t>(node.desc2 - tree.nodes.data())];
-    }
-    return below;
-}
-
 }  // namespace
+
+// Descendants have lower numbers than their ancestors.
+void TTree::count_leaves(std::vector<int>& below) const {
+    const auto n = static_cast<std::size_t>(sample_size);
+    const TNode* const first = nodes.data();
+    below.assign(n == 0 ? 0 : 2 * n - 1, 1);
+    for (std::size_t i = n; i < below.size(); ++i) {
+        below[i] = below[static_cast<std::size_t>(first[i].desc1 - first)] +
+                   below[static_cast<std::size_t>(first[i].desc2 - first)];
+    }
+}
 
 double TTree::total_length() const {
     if (!is_built()) return 0.0;
@@ -41,7 +40,8 @@ double TTree::total_length() const {
 
 TTree::Moments TTree::compute_moments_of_coalescence_times() const {
     if (!is_built()) return {};
-    const std::vector<int> below = leaves_below(*this);
+    std::vector<int> below;
+    count_leaves(below);
     const auto below_node = [&](const TNode* n) {
         return static_cast<double>(below[static_cast<std::size_t>(n - nodes.data())]);
     };

@@ -10,6 +10,7 @@
 
 #include "simulation/coalescent_tree.h"
 #include "support/captured_log.h"
+#include "support/plain_genealogy.h"
 #include "support/sample_moments.h"
 #include "support/seeded_stream.h"
 #include "support/simulated_samples.h"
@@ -81,7 +82,106 @@ TEST_F(Islands, SamplesOfAllSizesGiveSoundTrees) {
     EXPECT_EQ(tree.leaf_blocks[2].sample, samples.populations.at_const(2));
 }
 
-// The whole replicate a second time, with plain lists.
+// Demes as plain lists of lineages, to go through a replicate a second time. Groups are those of d demes.
+class PlainIslands {
+public:
+    PlainIslands(int demes, int demes_per_group, int leaves)
+        : tree(static_cast<std::size_t>(2 * leaves - 1)),
+          group_of(tree.size(), 0),
+          demes_(static_cast<std::size_t>(demes)),
+          demes_per_group_(demes_per_group),
+          alive_(leaves) {}
+
+    // The next `count` leaves begin in a deme.
+    void settle(int deme, int count) {
+        occupied_.push_back(deme);
+        for (int i = 0; i < count; ++i)
+            put(settled_++, deme, false);
+    }
+
+    // Events until one lineage is left; m migrants per lineage and generation.
+    template <class Migrate>
+    void run(double m, Migrate migrate) {
+        double t = 0.0;
+        for (int node = alive_; alive_ > 1;) {
+            double coal = 0.0;
+            for (const int deme : occupied_)
+                coal += rate(deme);
+            const double total = alive_ * m * 1000.0 + coal;
+            t -= std::log(1.0 - mnd::ran3()) / total;
+            if (mnd::ran3() * total >= coal) {
+                migrate();
+            } else {
+                tree[static_cast<std::size_t>(node)].time = t;
+                coalesce(mnd::ran3() * coal, node++);
+            }
+        }
+    }
+
+    // A random lineage out of its deme, which is told.
+    int take(int& source) {
+        int place = static_cast<int>(alive_ * mnd::ran3());
+        std::size_t o = 0;
+        while (place >= size_of(occupied_[o]))
+            place -= size_of(occupied_[o++]);
+        source = occupied_[o];
+        std::vector<int>& deme = at(source);
+        const int lineage = deme[static_cast<std::size_t>(place)];
+        deme[static_cast<std::size_t>(place)] = deme.back();
+        deme.pop_back();
+        if (deme.empty()) {
+            occupied_[o] = occupied_.back();
+            occupied_.pop_back();
+        }
+        return lineage;
+    }
+
+    void put(int lineage, int deme, bool may_be_empty = true) {
+        if (may_be_empty && at(deme).empty()) occupied_.push_back(deme);
+        at(deme).push_back(lineage);
+        group_of[static_cast<std::size_t>(lineage)] = deme / demes_per_group_;
+    }
+
+    mnd_test::PlainTree tree;
+    std::vector<int> group_of;  // per node, the group in which its lineage was last
+
+private:
+    std::vector<int>& at(int deme) { return demes_[static_cast<std::size_t>(deme)]; }
+    int size_of(int deme) { return static_cast<int>(at(deme).size()); }
+    double rate(int deme) { return size_of(deme) * (size_of(deme) - 1) / 2.0; }
+
+    void coalesce(double u, int node) {
+        std::size_t o = 0;
+        for (double sum = rate(occupied_[0]); sum < u || rate(occupied_[o]) == 0.0; sum += rate(occupied_[o]))
+            ++o;
+        mnd_test::plain_meet(tree, at(occupied_[o]), node);
+        group_of[static_cast<std::size_t>(node)] = occupied_[o] / demes_per_group_;
+        --alive_;
+    }
+
+    std::vector<std::vector<int>> demes_;
+    std::vector<int> occupied_;
+    int demes_per_group_;
+    int alive_;
+    int settled_ = 0;
+};
+
+// Takes a random entry out of a list.
+int drawn_from(std::vector<int>& list) {
+    const auto place = static_cast<std::size_t>(static_cast<double>(list.size()) * mnd::ran3());
+    const int entry = list[place];
+    list.erase(list.begin() + static_cast<long>(place));
+    return entry;
+}
+
+// One of n that is not `other`.
+int drawn_but(int n, int other) {
+    int drawn = other;
+    while (drawn == other)
+        drawn = static_cast<int>(n * mnd::ran3());
+    return drawn;
+}
+
 TEST_F(Islands, DrawsAsToldEventByEvent) {
     Samples samples;
     add_samples(samples, {4, 3, 6});
@@ -92,71 +192,18 @@ TEST_F(Islands, DrawsAsToldEventByEvent) {
     const double after = next();
 
     seed();
+    PlainIslands plain(kDemes, kDemes, 13);
     std::vector<int> free{0, 1, 2, 3, 4};
-    std::vector<std::vector<int>> demes(kDemes);
-    std::vector<int> occupied;
-    int leaf = 0;
-    for (const int size : {4, 3, 6}) {
-        const auto at = static_cast<std::size_t>(static_cast<double>(free.size()) * next());
-        const int deme = free[at];
-        free.erase(free.begin() + static_cast<long>(at));
-        occupied.push_back(deme);
-        for (int i = 0; i < size; ++i)
-            demes[static_cast<std::size_t>(deme)].push_back(leaf++);
-    }
-    const auto rate = [&](int deme) {
-        const double k = static_cast<double>(demes[static_cast<std::size_t>(deme)].size());
-        return k * (k - 1) / 2;
-    };
+    for (const int size : {4, 3, 6})
+        plain.settle(drawn_from(free), size);
     const double m = (kDemes - 1) * (1.0 / F - 1.0) / (2.0 * 1000.0 * kDemes);
-    double t = 0.0;
-    for (int alive = 13, node = 13; alive > 1;) {
-        double coal = 0.0;
-        for (const int deme : occupied)
-            coal += rate(deme);
-        const double total = alive * m * 1000.0 + coal;
-        t -= std::log(1.0 - next()) / total;
-        if (next() * total >= coal) {
-            int place = static_cast<int>(alive * next());
-            std::size_t o = 0;
-            while (place >= static_cast<int>(demes[static_cast<std::size_t>(occupied[o])].size()))
-                place -= static_cast<int>(demes[static_cast<std::size_t>(occupied[o++])].size());
-            const int source = occupied[o];
-            auto& from = demes[static_cast<std::size_t>(source)];
-            const int lineage = from[static_cast<std::size_t>(place)];
-            from[static_cast<std::size_t>(place)] = from.back();
-            from.pop_back();
-            if (from.empty()) {
-                occupied[o] = occupied.back();
-                occupied.pop_back();
-            }
-            int destination = source;
-            while (destination == source)
-                destination = static_cast<int>(next() * kDemes);
-            demes[static_cast<std::size_t>(destination)].push_back(lineage);
-            if (demes[static_cast<std::size_t>(destination)].size() == 1) occupied.push_back(destination);
-            continue;
-        }
-        const double u = next() * coal;
-        std::size_t o = 0;
-        for (double sum = rate(occupied[0]); sum < u || rate(occupied[o]) == 0.0; sum += rate(occupied[o]))
-            ++o;
-        auto& deme = demes[static_cast<std::size_t>(occupied[o])];
-        const double k = static_cast<double>(deme.size());
-        const auto a = static_cast<std::size_t>(k * next());
-        const int left = deme[a];
-        deme[a] = deme.back();
-        deme.pop_back();
-        const auto b = static_cast<std::size_t>((k - 1) * next());
-        const int right = deme[b];
-        deme[b] = node;
-        const TNode& built = tree.nodes[static_cast<std::size_t>(node++)];
-        EXPECT_EQ(built.time, t);
-        EXPECT_EQ(built.desc1, &tree.nodes[static_cast<std::size_t>(left)]);
-        EXPECT_EQ(built.desc2, &tree.nodes[static_cast<std::size_t>(right)]);
-        --alive;
-    }
+    plain.run(m, [&] {
+        int source = 0;
+        const int lineage = plain.take(source);
+        plain.put(lineage, drawn_but(kDemes, source));
+    });
     EXPECT_EQ(next(), after);
+    EXPECT_TRUE(mnd_test::same_genealogy(tree, plain.tree));
 }
 
 TEST_F(Islands, NoDemesOrNoDifferentiationIsRefusedWithALine) {
@@ -369,6 +416,53 @@ TEST_F(HierarchicalIslands, PairsMeetAfterTheTimesOfTheirPlaces) {
     add_groups(apart, two, {{0}, {1}});
     expect_mean(ages(two, apart, F_st, F_ct, d, g),
                 average(times, [](int i, int j) { return i / d != j / d; }));
+}
+
+// Three groups of four demes. Samples 0 and 2 lie in the first group of the structure, 1 in the second.
+TEST_F(HierarchicalIslands, DrawAsToldEventByEvent) {
+    constexpr int d = 4;
+    constexpr int g = 3;
+    constexpr double F_st = 0.2;
+    constexpr double F_ct = 0.12;
+    Samples samples;
+    add_samples(samples, {5, 6, 4});
+    Structure structure;
+    add_groups(structure, samples, {{0, 2}, {1}});
+    TTree tree;
+    const double F_sc = 1.0 - (1.0 - F_st) / (1.0 - F_ct);
+    const double m1 = (d - 1) * (1.0 / F_sc - 1.0) / (2.0 * d * 1000.0);
+    const double m2 = (g - 1) * (1.0 - F_ct) * F_sc * m1 / ((d - 1) * g * F_ct);
+    for (int replicate = 0; replicate < 10; ++replicate) {
+        const mnd::UniformStream here = mnd::uniform_stream;
+        ASSERT_EQ(tree.build_tree_struct_pop(samples, structure, 0.0, F_st, F_ct, d, g), 1);
+        const double after = next();
+
+        mnd::uniform_stream = here;
+        PlainIslands plain(d * g, d, 15);
+        std::vector<int> free_groups{0, 1, 2};
+        for (const std::vector<int>& sizes : {std::vector{5, 4}, std::vector{6}}) {
+            const int first = d * drawn_from(free_groups);
+            std::vector<int> free{first, first + 1, first + 2, first + 3};
+            for (const int size : sizes)
+                plain.settle(drawn_from(free), size);
+        }
+        plain.run(m1 + m2, [&] {
+            const bool within_group = next() < m1 / (m1 + m2);
+            int source = 0;
+            const int lineage = plain.take(source);
+            if (within_group) {
+                plain.put(lineage, source / d * d + drawn_but(d, source % d));
+            } else {
+                const int group = drawn_but(g, source / d);
+                next();  // without effect: always the first deme
+                plain.put(lineage, group * d);
+            }
+        });
+        EXPECT_EQ(next(), after);
+        EXPECT_TRUE(mnd_test::same_genealogy(tree, plain.tree));
+        for (std::size_t i = 0; i < plain.group_of.size(); ++i)
+            EXPECT_EQ(tree.nodes[i].deme, plain.group_of[i]);
+    }
 }
 
 TEST_F(HierarchicalIslands, AMigrantBetweenGroupsEntersTheFirstDeme) {
