@@ -177,10 +177,11 @@ int PopGenetics::compare_phenotypes() {
 
 namespace {
 
-// Makes the shared table unless it is there, and says so in the log.
+// Makes the shared table unless it is there, and says so in the log: on a line of its own, since the one
+// of the analysis that needs the table is open.
 bool make_B_table() {
     if (PopGenetics::B_num_exist != 0) return true;
-    *_AOS_ << "\t\tComputing BMat ...";
+    *_AOS_ << '\n' << "\t\tComputing BMat ...";
     const std::clock_t start = std::clock();
     const bool made = PopGenetics::get_B_num_mat() != 0;
     *_AOS_ << "\t\tdone ! (" << milliseconds_since(start) << " ms)\n";

@@ -202,11 +202,12 @@ TEST_F(SharedBNumbers, RefuseWhatIsTooLarge) {
     EXPECT_EQ(PopGenetics::BMat.cols, 1000);
 }
 
-TEST_F(SharedBNumbers, AreToldWhenTheyAreMade) {
+// The analysis that needs the table has its own line, which is open.
+TEST_F(SharedBNumbers, AreToldOnALineOfTheirOwnWhenTheyAreMade) {
     const mnd_test::CapturedLog log;
     ASSERT_TRUE(PopGenetics::ensure_B(10, 5));
     const std::string text = log.text();
-    const std::string start = "\t\tComputing BMat ...\t\tdone ! (";
+    const std::string start = "\n\t\tComputing BMat ...\t\tdone ! (";
     EXPECT_EQ(text.find(start), 0u) << text;
     EXPECT_EQ(text.substr(text.size() - 5), " ms)\n");
     ASSERT_TRUE(PopGenetics::ensure_B(10, 5));
