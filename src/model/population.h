@@ -511,7 +511,7 @@ public:
     //   obs_F            count_F gains 1 when the F drawn is not above it
     //   class_counts     written with slatkin_test: alleles of each count, 0 .. n
     //   count_slatkin    gains 1, with slatkin_test, when the statistic drawn is not above slatkin_obs
-    // Returns:   F, the sum of squared frequencies in ascending order
+    // Returns:   F, see homozygosity_of_counts
     // Draws:     one less than there are alleles
     double compute_rand_frequencies_and_F(MY_TISArrayAsVector<AHaplFreq>& ranks, double const& obs_F,
                                           double& count_F, int*& class_counts, double& count_slatkin);

@@ -22,6 +22,12 @@ void estimate_theta_Hom(PopGenetics& sample, const MY_TISArrayAsVector<AHaplFreq
     sample.calc_theta_Hom(frequencies);
 }
 
+// Where P(K < k) comes out above 1 it is by no more than the error of its computation, and the
+// complement is 0. What is further below 0 stands as it is: it would be a fault to be seen.
+double without_rounding_below_0(double p) {
+    return p < 0.0 && p > -kErrorOfProbabilities ? 0.0 : p;
+}
+
 }  // namespace
 
 double PopGenetics::proba_exactly_k(int const& k, int const& n, double const& theta) {
@@ -56,8 +62,7 @@ void PopGenetics::Chakraborty_neutr_test(std::ostream& out, MY_TISArrayAsVector<
     } else {
         estimate_theta_Hom(*this, alleles);
         p_exactly_k = proba_exactly_k(k, n, theta_hom);
-        // The sum can be above 1 by rounding.
-        p_k_or_more = std::max(1.0 - proba_less_than_k(k, n, theta_hom), 0.0);
+        p_k_or_more = without_rounding_below_0(1.0 - proba_less_than_k(k, n, theta_hom));
         k_est(theta_hom, n);
         print_chakraborty(out, *this, k);
     }

@@ -53,6 +53,38 @@ long double probability_below_k(int k, int n, double theta, const BnumMat& B) {
     return sum * std::exp(static_cast<long double>(log_scale(n, theta)));
 }
 
+LogOfProduct::LogOfProduct(int n) : factor_(static_cast<std::size_t>(n) + 1, -1) {
+    for (int p = 2; p <= n; ++p) {
+        if (factor_[static_cast<std::size_t>(p)] >= 0) continue;
+        const int place = static_cast<int>(primes_.size());
+        primes_.push_back(p);
+        log_of_.push_back(std::log(p));
+        for (int multiple = p; multiple <= n; multiple += p)
+            factor_[static_cast<std::size_t>(multiple)] = place;
+    }
+    exponents_.resize(primes_.size());
+}
+
+void LogOfProduct::multiply(int c, int times) {
+    while (c > 1) {
+        const int place = factor_[static_cast<std::size_t>(c)];
+        exponents_[static_cast<std::size_t>(place)] += times;
+        num_used_ = std::max(num_used_, place + 1);
+        c /= primes_[static_cast<std::size_t>(place)];
+    }
+}
+
+double LogOfProduct::take() {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(num_used_); ++i) {
+        if (exponents_[i] == 0) continue;
+        sum += exponents_[i] * log_of_[i];
+        exponents_[i] = 0;
+    }
+    num_used_ = 0;
+    return sum;
+}
+
 // The B numbers up to (n, k), row after row of k cells.
 struct ConfigurationSampler::LongTable {
     LongTable(int n, int k) : columns(k), cells(static_cast<std::size_t>(n) * static_cast<std::size_t>(k)) {
@@ -76,9 +108,7 @@ ConfigurationSampler::~ConfigurationSampler() = default;
 
 // B(n, k) is the sum of B(n - c, k - 1)/c: when n B(n, k) is a double, so is all that a draw reads.
 ConfigurationSampler::ConfigurationSampler(int n, int k, const BnumMat& B, std::size_t pool_size)
-    : n_(n), k_(k), B_(B), counts_(static_cast<std::size_t>(k)), log_of_(static_cast<std::size_t>(n) + 1) {
-    for (int c = 1; c <= n; ++c)
-        log_of_[static_cast<std::size_t>(c)] = std::log(c);
+    : n_(n), k_(k), B_(B), counts_(static_cast<std::size_t>(k)), log_of_product_(n) {
     if (k < 2) return;
     if (!(b_number(B, n, k) <= std::numeric_limits<double>::max() / n)) {
         long_table_ = std::make_unique<LongTable>(n, k);

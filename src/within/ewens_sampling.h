@@ -21,6 +21,9 @@ inline constexpr int kNeutralityAlleleLimit = 1000;
 // Above this theta the probabilities of the number of alleles are taken as 0.
 inline constexpr double kLargestSamplingTheta = 10000.0;
 
+// Bound of the error of a probability below, that of `gammln` and `factln`.
+inline constexpr double kErrorOfProbabilities = 1e-8;
+
 // P(K = k | theta) among n gene copies,
 //
 //   B(n, k) exp(ln Gamma(theta) + ln n! + k ln theta - ln Gamma(n + theta) - ln k!)
@@ -33,10 +36,27 @@ double probability_of_k(int k, int n, double theta, const BnumMat& B);
 
 // P(K < k | theta), the sum of the same over 1 .. k - 1 in extended precision; k above n counts as
 // n + 1. Theta of 0 or less gives 1 for k of 2 or more, and 0 otherwise; theta above
-// kLargestSamplingTheta gives 0. Its error is that of `gammln`, some 1e-9: a probability so close
-// to 1 can come out above it.
+// kLargestSamplingTheta gives 0. A probability closer to 1 than its error can come out above it.
 //   B   a table of at least n rows and k - 1 columns
 long double probability_below_k(int k, int n, double theta, const BnumMat& B);
+
+// ln of a product of whole numbers from 1 to n, summed over its prime factors in ascending order:
+// products that are equal have the same logarithm to the last digit, whatever their factors.
+class LogOfProduct {
+public:
+    explicit LogOfProduct(int n);
+    // Multiplies the product by c^times, c of 1 to n.
+    void multiply(int c, int times);
+    // The logarithm; the product is 1 again.
+    double take();
+
+private:
+    std::vector<int> factor_;     // of each number up to n, the place of a prime factor in primes
+    std::vector<int> primes_;     // up to n, ascending
+    std::vector<double> log_of_;  // ln of each prime
+    std::vector<int> exponents_;  // of each prime in the product
+    int num_used_ = 0;            // primes from the first to the largest one in the product
+};
 
 // Draws the allele counts of n gene copies with exactly k alleles under neutrality, whatever theta.
 //
@@ -68,8 +88,8 @@ public:
     // One configuration in descending order, k counts that stay until the next draw.
     // Draws:    k - 1
     const int* draw_sorted();
-    // ln c at c, for c of 1 to n; 0 at 0.
-    const std::vector<double>& log_of() const { return log_of_; }
+    // For products of counts.
+    LogOfProduct& log_of_product() { return log_of_product_; }
     // The first count alone.
     // Draws:    1, or none for one allele
     int draw_first();
@@ -89,9 +109,9 @@ private:
 
     int n_;
     int k_;
-    const BnumMat& B_;                       // not owned
-    std::vector<int> counts_;                // owned: k, the configuration of draw_sorted
-    std::vector<double> log_of_;             // owned: n + 1
+    const BnumMat& B_;         // not owned
+    std::vector<int> counts_;  // owned: k, the configuration of draw_sorted
+    LogOfProduct log_of_product_;
     std::size_t pool_size_ = 0;              // numbers
     std::size_t pool_used_ = 0;              // numbers
     std::unique_ptr<double[]> pool_;         // owned: running sums of the states seen

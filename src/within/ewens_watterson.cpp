@@ -1,7 +1,9 @@
 #include "within/ewens_watterson.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "model/integer_part.h"
 #include "model/population.h"
@@ -9,17 +11,11 @@
 #include "run/settings.h"
 #include "within/ewens_sampling.h"
 #include "within/neutrality_tables.h"
+#include "within/replicate_progress.h"
 
 namespace mnd {
 
 namespace {
-
-constexpr int kReplicatesPerUnit = 100;  // of the work done
-
-// Different configurations often have the same statistic (the squares of 8 4 1 and of 7 4 4 add up
-// to 81), which rounding must not tell apart. Values of F that differ do so by 1/n^2 at least.
-constexpr double kRoundingOfF = 1e-10;
-constexpr double kRoundingOfSlatkin = 1e-12;  // relative, from 1 on
 
 using AlleleList = MY_TISArrayAsVector<AHaplFreq>;
 
@@ -36,13 +32,15 @@ void fill_with_empty_records(AlleleList& ranks, int k) {
         ranks.Add(new AHaplFreq);
 }
 
-// Advances the progress display. Returns: false when the run was stopped
-bool note_progress(const settings& s, int replicates_done) {
-    if (replicates_done % kReplicatesPerUnit == 0) {
-        settings::global_work_done += 1.0;
-        settings::print_message();
-    }
-    return !s.stopped();
+// Whether there are B numbers for the test; if not, the document says why.
+bool has_b_numbers(std::ostream& out, int n, int k) {
+    const bool too_large = n >= kNeutralityCopyLimit || k >= kNeutralityAlleleLimit;
+    if (!too_large && PopGenetics::ensure_B(n, k)) return true;
+    print_watterson_limits(out);
+    if (too_large) return false;
+    *_AOS_ << "\t\tFile 500k100.bnb not found... skipping task !\n";
+    print_too_large(out);
+    return false;
 }
 
 // Means and deviations of num_sim counts; a single one gives neither.
@@ -71,7 +69,7 @@ public:
         const std::vector<int> counts = counts_of(alleles);
         sample_.obs_F = homozygosity_of_counts(counts.data(), k_, n_);
         sample_.slatkin_obs =
-            slatkin_statistic(counts.data(), k_, n_, class_counts_.data(), sample_.sampler->log_of());
+            slatkin_statistic(counts.data(), k_, n_, class_counts_.data(), sample_.sampler->log_of_product());
         sample_.slatkin_test = 1;
     }
     ~EwensWattersonTest() {
@@ -90,7 +88,8 @@ public:
         for (int i = 0; i < num_sim; ++i) {
             sum_F += sample_.compute_rand_frequencies_and_F(ranks_, sample_.obs_F, count_F, class_counts,
                                                             count_slatkin);
-            if (!note_progress(s_, i + 1)) return false;
+            kAlleleTestProgress.note(i + 1);
+            if (s_.stopped()) return false;
         }
         settle_ranks(ranks_, num_sim, n_);
         if (num_sim < 1) return true;
@@ -114,26 +113,22 @@ private:
 }  // namespace
 
 double homozygosity_of_counts(const int* counts, int k, int n) {
-    double F = 0.0;
-    for (int i = k - 1; i >= 0; --i) {
-        const double p = counts[i] < 1 ? counts[i] : static_cast<double>(counts[i]) / n;
-        F += p * p;
-    }
-    return F;
+    std::int64_t sum_of_squares = 0;
+    for (int i = 0; i < k; ++i)
+        sum_of_squares += std::int64_t{counts[i]} * counts[i];
+    return static_cast<double>(sum_of_squares) / (static_cast<double>(n) * n);
 }
 
-double slatkin_statistic(const int* counts, int k, int n, int* class_counts,
-                         const std::vector<double>& log_of) {
+double slatkin_statistic(const int* counts, int k, int n, int* class_counts, LogOfProduct& product) {
     std::fill_n(class_counts, n + 1, 0);
-    double s = 0.0;
     for (int i = k - 1; i >= 0;) {
         const int c = counts[i];
         int& a = class_counts[c];
         for (; i >= 0 && counts[i] == c; --i)
             ++a;
-        s -= a * log_of[static_cast<std::size_t>(c)];
+        product.multiply(c, a);
     }
-    return s;
+    return -product.take();
 }
 
 int number_of_alleles(const Population& sample) {
@@ -169,10 +164,10 @@ double PopGenetics::compute_rand_frequencies_and_F(AlleleList& ranks, double con
         ranks.data[i]->sd += count * count;
     }
     const double F = homozygosity_of_counts(counts, k, n);
-    if (F <= observed_F + kRoundingOfF) count_F += 1.0;
+    if (F <= observed_F) count_F += 1.0;
     if (slatkin_test != 0) {
-        const double s = slatkin_statistic(counts, k, n, class_counts, sampler->log_of());
-        if (s <= slatkin_obs + kRoundingOfSlatkin * std::max(1.0, -slatkin_obs)) count_slatkin += 1.0;
+        const double s = slatkin_statistic(counts, k, n, class_counts, sampler->log_of_product());
+        if (s <= slatkin_obs) count_slatkin += 1.0;
     }
     return F;
 }
@@ -191,24 +186,19 @@ void PopGenetics::EW_neutrality_tests(settings& s, std::ostream& out, AlleleList
     obs_F = exp_F = slatkin_obs = 0.0;
     ew_p = slatkin_p = -1.0;
     const AlleleCountFault fault = allele_count_fault(k, n);
+    const int num_sim = std::max(s.NumIterationsNeutralityTests, 0);
     if (fault != AlleleCountFault::kNone) {
+        kAlleleTestProgress.skip(num_sim);
         print_impossible(out, *this, s, fault, k);
         write_ewens_watterson_row(*this, fault);
         return;
     }
-    if (n >= kNeutralityCopyLimit || k >= kNeutralityAlleleLimit) {
-        print_watterson_limits(out);
-        write_ewens_watterson_row(*this, k);
-        return;
-    }
-    if (!ensure_B(n, k)) {
-        *_AOS_ << "\t\tFile 500k100.bnb not found... skipping task !\n";
-        print_too_large(out);
+    if (!has_b_numbers(out, n, k)) {
+        kAlleleTestProgress.skip(num_sim);
         write_ewens_watterson_row(*this, k);
         return;
     }
     EwensWattersonTest test(*this, s, alleles);
-    const int num_sim = std::max(s.NumIterationsNeutralityTests, 0);
     if (!test.run(num_sim)) return;
     print_ewens_watterson(out, *this, s, k, num_sim);
     print_rank_frequencies(out, *this, alleles, test.ranks());

@@ -1,14 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "model/popul_standard.h"
 #include "run/tasks.h"
-#include "within/analysed_sample.h"
+#include "support/batch_summary.h"
+#include "within/counted_sample.h"
 #include "within/ewens_watterson.h"
 #include "within/neutrality_tables.h"
 
@@ -21,20 +21,8 @@ using mnd_test::haplotypic;
 
 constexpr double kOfGammln = 1e-8;
 
-class Chakraborty : public ::testing::Test {
+class Chakraborty : public mnd_test::AlleleSample {
 protected:
-    AnalysedSamples<PopulStandard> a{haplotypic(mnd::STANDARD, ' ')};
-
-    PopulStandard& add(const std::vector<int>& counts, const std::string& name = "Lake") {
-        std::string lines;
-        for (std::size_t i = 0; i < counts.size(); ++i)
-            lines +=
-                "h" + std::to_string(i) + ' ' + std::to_string(counts[i]) + " a" + std::to_string(i) + '\n';
-        PopulStandard& sample = a.add(name, lines);
-        a.prepare();
-        sample.evaluate_polymorphism(a.s);
-        return sample;
-    }
     static std::string test(PopulStandard& sample) {
         std::ostringstream out;
         sample.Chakraborty_neutr_test(out);
@@ -99,6 +87,33 @@ TEST_F(Chakraborty, WritesItsBlock) {
               "P(k or more alleles)         : 0.68967\n");
 }
 
+// 21 alleles, 20 of them single, where theta is 0.27: P is below 1e-20, and the sum of all that is less
+// comes out above 1 by its last digits.
+TEST_F(Chakraborty, RoundingDoesNotGiveAProbabilityBelowZero) {
+    std::vector<int> counts(20, 1);
+    counts.push_back(120);
+    PopulStandard& sample = add(counts);
+    const std::string text = test(sample);
+    const double complement = 1.0 - sample.proba_less_than_k(21, 140, sample.theta_hom);
+    ASSERT_LT(complement, 0.0);
+    ASSERT_GT(complement, -1e-11);
+    EXPECT_EQ(sample.p_k_or_more, 0.0);
+    EXPECT_TRUE(contains(text, "P(k or more alleles)         : 0.00000\n"));
+}
+
+// The complement of the sum as it is.
+TEST_F(Chakraborty, IsTheComplementOfFewerAlleles) {
+    for (const std::vector<int>& counts :
+         {std::vector<int>{3, 6, 1, 2}, {20, 1, 1, 1}, {2, 2, 2, 1, 1, 1, 1}}) {
+        AnalysedSamples<PopulStandard> b(haplotypic(mnd::STANDARD, ' '));
+        PopulStandard& sample = mnd_test::add_counts(b, counts);
+        test(sample);
+        const int n = static_cast<int>(sample.sample_size);
+        const int k = static_cast<int>(counts.size());
+        EXPECT_EQ(sample.p_k_or_more, 1.0 - sample.proba_less_than_k(k, n, sample.theta_hom));
+    }
+}
+
 TEST_F(Chakraborty, ASingleHaplotypeGetsAWarning) {
     const std::string warning =
         "Warning: Chakraborty's test of selective neutrality cannot be performed \n"
@@ -138,20 +153,12 @@ TEST_F(Chakraborty, EmptyHaplotypesDoNotCount) {
 }
 
 TEST_F(Chakraborty, WritesARowOfTheBatchSummary) {
-    const mnd_test::TempFolder folder;
-    std::ofstream summary(folder / "chakra.sum");
-    mnd::ofs_chakra = &summary;
-    char* const before = mnd::settings::input_file;
-    std::string project = "dir/lakes.mnp";
-    mnd::settings::input_file = project.data();
+    mnd_test::BatchSummary summary(&mnd::ofs_chakra);
     test(add({3, 6, 1, 2}, "A"));
     test(add({3}, "B"));
-    mnd::ofs_chakra = nullptr;
-    mnd::settings::input_file = before;
-    summary.close();
-    EXPECT_EQ(mnd_test::read_text(folder / "chakra.sum"),
-              "\"dir/lakes.mnp\"\t\"A\"\t12\t4\t0.28788\t4.25209\t0.27484\t0.68967\n"
-              "\"dir/lakes.mnp\"\t\"B\"\t3\t1\tN.A.\tN.A.\tN.A.\tN.A.\n");
+    EXPECT_EQ(summary.rows(),
+              "\"A\"\t12\t4\t0.28788\t4.25209\t0.27484\t0.68967\n"
+              "\"B\"\t3\t1\tN.A.\tN.A.\tN.A.\tN.A.\n");
 }
 
 TEST_F(Chakraborty, HasItsHeadingAndItsReferences) {

@@ -101,6 +101,36 @@ TEST(EwensSampling, LargeSamplesAreWithinReach) {
     expect_relative(static_cast<double>(probability_below_k(900, 2000, 600.0, B)), 0.82756697674222225, 1e-6);
 }
 
+// --- Logarithms of products
+
+TEST(LogOfProduct, IsThatOfThePrimeFactors) {
+    mnd::LogOfProduct product(30);
+    EXPECT_EQ(product.take(), 0.0);
+    product.multiply(1, 5);
+    EXPECT_EQ(product.take(), 0.0);
+    product.multiply(12, 2);
+    product.multiply(29, 1);
+    EXPECT_NEAR(product.take(), std::log(144.0 * 29.0), 1e-14);
+    EXPECT_EQ(product.take(), 0.0);  // it starts again
+    product.multiply(10, 1);
+    product.multiply(2, 2);
+    const double of_40 = product.take();
+    product.multiply(8, 1);
+    product.multiply(5, 1);
+    EXPECT_EQ(product.take(), of_40);
+    EXPECT_NE(std::log(10.0) + 2 * std::log(2.0), std::log(8.0) + std::log(5.0));
+}
+
+TEST(LogOfProduct, OfLargeNumbersIsWithinRounding) {
+    mnd::LogOfProduct product(4999);
+    double sum = 0.0;
+    for (int c = 1; c <= 4999; ++c) {
+        product.multiply(c, 3);
+        sum += 3.0 * std::log(c);
+    }
+    EXPECT_NEAR(product.take(), sum, 1e-12 * sum);
+}
+
 // --- Random configurations
 
 class ConfigurationSamplerDraws : public mnd_test::SeededStream {

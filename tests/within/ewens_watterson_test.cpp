@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
@@ -13,11 +12,11 @@
 #include "model/popul_microsat.h"
 #include "model/popul_standard.h"
 #include "run/tasks.h"
+#include "support/batch_summary.h"
 #include "support/captured_log.h"
 #include "support/captured_reports.h"
-#include "support/seeded_stream.h"
 #include "support/text_files.h"
-#include "within/analysed_sample.h"
+#include "within/counted_sample.h"
 #include "within/ewens_sampling.h"
 #include "within/neutrality_tables.h"
 
@@ -47,53 +46,96 @@ TEST(EwensWattersonStatistics, HomozygosityIsTheSumOfSquares) {
 TEST(EwensWattersonStatistics, ACountOfZeroContributesNothing) {
     const int counts[] = {6, 4, 0};
     EXPECT_EQ(homozygosity_of_counts(counts, 3, 10), homozygosity_of_counts(counts, 2, 10));
-    std::vector<double> log_of(11);
-    for (int c = 1; c <= 10; ++c)
-        log_of[static_cast<std::size_t>(c)] = std::log(c);
+    mnd::LogOfProduct product(10);
     std::vector<int> classes(11, 99);
-    EXPECT_NEAR(slatkin_statistic(counts, 3, 10, classes.data(), log_of), -(std::log(6.0) + std::log(4.0)),
+    EXPECT_NEAR(slatkin_statistic(counts, 3, 10, classes.data(), product), -(std::log(6.0) + std::log(4.0)),
                 1e-15);
     EXPECT_EQ(classes, (std::vector<int>{1, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0}));
 }
 
 TEST(EwensWattersonStatistics, SlatkinsLeavesOutTheFactorials) {
     const int counts[] = {5, 2, 2, 1, 1};  // a(1) = a(2) = 2, a(5) = 1
-    std::vector<double> log_of(12);
-    for (int c = 1; c <= 11; ++c)
-        log_of[static_cast<std::size_t>(c)] = std::log(c);
+    mnd::LogOfProduct product(11);
     std::vector<int> classes(12);
-    EXPECT_NEAR(slatkin_statistic(counts, 5, 11, classes.data(), log_of),
+    EXPECT_NEAR(slatkin_statistic(counts, 5, 11, classes.data(), product),
                 -(2.0 * std::log(2.0) + std::log(5.0)), 1e-15);
     EXPECT_EQ(classes, (std::vector<int>{0, 2, 2, 0, 0, 1, 0, 0, 0, 0, 0, 0}));
 }
 
+// All partitions of n into k parts, descending.
+void add_partitions(int n, int k, int largest, std::vector<int>& prefix, std::vector<std::vector<int>>& all) {
+    if (k == 0) {
+        if (n == 0) all.push_back(prefix);
+        return;
+    }
+    for (int c = std::min(n, largest); c >= 1; --c) {
+        prefix.push_back(c);
+        add_partitions(n - c, k - 1, c, prefix, all);
+        prefix.pop_back();
+    }
+}
+
+// Both statistics compare as the sums of squares and the products of the counts do, which are whole
+// numbers: 5 2 2 and 4 4 1 have the squares 33, 10 2 2 and 8 5 1 the product 40, and sums in floating
+// point would tell them apart.
+TEST(EwensWattersonStatistics, CompareAsWholeNumbersDo) {
+    int equal_squares = 0;
+    int equal_products = 0;
+    for (int n = 5; n <= 24; ++n) {
+        mnd::LogOfProduct product(n);
+        std::vector<int> classes(static_cast<std::size_t>(n) + 1);
+        for (int k = 2; k <= 5; ++k) {
+            std::vector<std::vector<int>> all;
+            std::vector<int> prefix;
+            add_partitions(n, k, n, prefix, all);
+            std::vector<int> squares(all.size());
+            std::vector<int> products(all.size(), 1);
+            std::vector<double> F(all.size());
+            std::vector<double> s(all.size());
+            for (std::size_t i = 0; i < all.size(); ++i) {
+                for (const int c : all[i]) {
+                    squares[i] += c * c;
+                    products[i] *= c;
+                }
+                F[i] = homozygosity_of_counts(all[i].data(), k, n);
+                s[i] = slatkin_statistic(all[i].data(), k, n, classes.data(), product);
+                EXPECT_NEAR(s[i], -std::log(products[i]), 1e-14 * (1.0 - s[i]));
+                for (std::size_t j = 0; j < i; ++j) {
+                    ASSERT_EQ(F[i] <= F[j], squares[i] <= squares[j]) << n << ' ' << k;
+                    ASSERT_EQ(F[j] <= F[i], squares[j] <= squares[i]) << n << ' ' << k;
+                    ASSERT_EQ(s[i] <= s[j], products[i] >= products[j]) << n << ' ' << k;
+                    ASSERT_EQ(s[j] <= s[i], products[j] >= products[i]) << n << ' ' << k;
+                    equal_squares += squares[i] == squares[j] ? 1 : 0;
+                    equal_products += products[i] == products[j] ? 1 : 0;
+                }
+            }
+        }
+    }
+    EXPECT_GT(equal_squares, 100);
+    EXPECT_GT(equal_products, 50);
+}
+
+TEST(EwensWattersonStatistics, DoNotDependOnTheOrderOfCounts) {
+    std::vector<int> counts = {17, 11, 7, 3, 2};
+    const double F = homozygosity_of_counts(counts.data(), 5, 40);
+    while (std::next_permutation(counts.begin(), counts.end(), std::greater<>()))
+        ASSERT_EQ(homozygosity_of_counts(counts.data(), 5, 40), F);
+}
+
 // --- A sample of given counts
 
-class AlleleSample : public mnd_test::SeededStream {
+class EwensWatterson : public mnd_test::AlleleSample {
 protected:
-    AnalysedSamples<PopulStandard> a{haplotypic(mnd::STANDARD, ' ')};
-
-    PopulStandard& add(const std::vector<int>& counts, const std::string& name = "Lake") {
-        std::string lines;
-        for (std::size_t i = 0; i < counts.size(); ++i)
-            lines +=
-                "h" + std::to_string(i) + ' ' + std::to_string(counts[i]) + " a" + std::to_string(i) + '\n';
-        PopulStandard& sample = a.add(name, lines);
-        a.prepare();
-        sample.evaluate_polymorphism(a.s);
-        return sample;
-    }
     // What the test writes, without what the driver puts around it.
-    std::string test(PopulStandard& sample) {
+    std::string test(PopulStandard& sample) { return test(sample, a.s); }
+    static std::string test(PopulStandard& sample, mnd::settings& s) {
         AlleleList alleles;
         list_of_counts(sample, alleles);
         std::ostringstream out;
-        sample.EW_neutrality_tests(a.s, out, alleles);
+        sample.EW_neutrality_tests(s, out, alleles);
         return out.str();
     }
 };
-
-using EwensWatterson = AlleleSample;
 
 TEST_F(EwensWatterson, ListsCountsInDescendingOrderWithoutEmptyHaplotypes) {
     PopulStandard& sample = add({2, 7, 1, 7});
@@ -122,13 +164,8 @@ TEST_F(EwensWatterson, EqualConfigurationsCompareEqual) {
     EXPECT_NEAR(uneven.exp_F, (8.0 * 0.625 + 3.0 * 0.5) / 11.0, 0.002);
     AnalysedSamples<PopulStandard> b(haplotypic(mnd::STANDARD, ' '));
     b.s.NumIterationsNeutralityTests = 20000;
-    PopulStandard& even = b.add("B", "h1 2 x\nh2 2 y\n");
-    b.prepare();
-    even.evaluate_polymorphism(b.s);
-    AlleleList alleles;
-    list_of_counts(even, alleles);
-    std::ostringstream out;
-    even.EW_neutrality_tests(b.s, out, alleles);
+    PopulStandard& even = mnd_test::add_counts(b, {2, 2});
+    test(even, b.s);
     EXPECT_NEAR(even.ew_p, 3.0 / 11.0, 5.0 * std::sqrt(3.0 * 8.0 / 121.0 / 20000.0));
     EXPECT_EQ(even.slatkin_p, even.ew_p);
 }
@@ -144,18 +181,9 @@ TEST_F(EwensWatterson, TheOrderOfHaplotypesHasNoEffect) {
         std::next_permutation(counts.begin(), counts.end(), std::greater<>());
         AnalysedSamples<PopulStandard> b(haplotypic(mnd::STANDARD, ' '));
         b.s.NumIterationsNeutralityTests = 500;
-        std::string lines;
-        for (std::size_t h = 0; h < counts.size(); ++h)
-            lines +=
-                "h" + std::to_string(h) + ' ' + std::to_string(counts[h]) + " x" + std::to_string(h) + '\n';
-        PopulStandard& other = b.add("B", lines);
-        b.prepare();
-        other.evaluate_polymorphism(b.s);
-        AlleleList alleles;
-        list_of_counts(other, alleles);
-        std::ostringstream out;
+        PopulStandard& other = mnd_test::add_counts(b, counts);
         seed();
-        other.EW_neutrality_tests(b.s, out, alleles);
+        test(other, b.s);
         EXPECT_EQ(other.obs_F, first.obs_F);
         EXPECT_EQ(other.slatkin_obs, first.slatkin_obs);
         EXPECT_EQ(other.ew_p, first.ew_p);
@@ -186,6 +214,55 @@ TEST_F(EwensWatterson, PValuesAreThoseOfAllPartitions) {
         (10080.0 * 39 + 18144.0 * 31 + 15120.0 * 27 + 11340.0 * 25 + 10080.0 * 23 + 2520.0 * 21) / 67284.0 /
         81.0;
     EXPECT_NEAR(sample.exp_F, F, 5.0 * 0.07 / std::sqrt(kReplicates));
+}
+
+// Different configurations with the same statistic are hits. By n!/(|s(n, k)| prod c^a a!), of 9 copies
+// of 3 alleles, |s(9, 3)| = 118124, 9! = 362880:
+//   711 362880/(7 2!) = 25920       522 362880/(20 2!) = 9072
+//   621 362880/12 = 30240           441 362880/(16 2!) = 11340
+//   531 362880/15 = 24192           432 362880/24 = 15120
+//   333 362880/(27 3!) = 2240
+// which is 118124 in all. 5 2 2 and 4 4 1 tie for F (33/81); 4 3 2 (29/81) and 3 3 3 are below.
+TEST_F(EwensWatterson, OtherConfigurationsWithTheSameFAreHits) {
+    constexpr int kReplicates = 50000;
+    a.s.NumIterationsNeutralityTests = kReplicates;
+    const double p = (9072.0 + 11340.0 + 15120.0 + 2240.0) / 118124.0;
+    const double tolerance = 5.0 * std::sqrt(p * (1.0 - p) / kReplicates);
+    PopulStandard& first = add({5, 2, 2}, "A");
+    seed();
+    test(first);
+    EXPECT_NEAR(first.ew_p, p, tolerance);
+    PopulStandard& second = add({1, 4, 4}, "B");
+    seed();
+    test(second);
+    EXPECT_EQ(second.ew_p, first.ew_p);
+    EXPECT_EQ(second.obs_F, first.obs_F);
+}
+
+// And 10 2 2 and 8 5 1 of 14 copies for Slatkin's statistic, -ln 40.
+TEST_F(EwensWatterson, OtherConfigurationsWithTheSameProductAreHits) {
+    a.s.NumIterationsNeutralityTests = 5000;
+    PopulStandard& first = add({10, 2, 2}, "A");
+    seed();
+    test(first);
+    PopulStandard& second = add({1, 8, 5}, "B");
+    seed();
+    test(second);
+    EXPECT_EQ(second.slatkin_obs, first.slatkin_obs);
+    EXPECT_EQ(second.slatkin_p, first.slatkin_p);
+    EXPECT_NE(second.ew_p, first.ew_p);
+}
+
+// The planned replicates are part of the estimate of the work, so they count when they are not needed.
+TEST_F(EwensWatterson, ReplicatesThatAreNotNeededAreWorkDone) {
+    a.s.NumIterationsNeutralityTests = 350;
+    mnd::settings::global_work_done = 0.0;
+    test(add({1, 1, 1}, "A"));
+    EXPECT_EQ(mnd::settings::global_work_done, 3.0);
+    test(add({7}, "B"));
+    EXPECT_EQ(mnd::settings::global_work_done, 6.0);
+    test(add({4998, 2}, "C"));
+    EXPECT_EQ(mnd::settings::global_work_done, 9.0);
 }
 
 // F and Slatkin's statistic rank some configurations differently: of 10 copies of 3 alleles, 6 3 1 has
@@ -469,28 +546,18 @@ TEST_F(EwensWatterson, TablesAreElementsOfAnXmlDocument) {
 // --- The batch summary
 
 TEST_F(EwensWatterson, WritesARowOfTheBatchSummary) {
-    const mnd_test::TempFolder folder;
-    std::ofstream summary(folder / "ewens.sum");
-    mnd::ofs_ewens_watt = &summary;
-    char* const before = mnd::settings::input_file;
-    std::string project = "dir/lakes.mnp";
-    mnd::settings::input_file = project.data();
+    mnd_test::BatchSummary summary(&mnd::ofs_ewens_watt);
     a.s.NumIterationsNeutralityTests = 10;
     test(add({2, 1}, "A"));
     a.s.NumIterationsNeutralityTests = 0;
     test(add({2, 3}, "B"));
     test(add({1, 1}, "C"));
     test(add({4}, "D"));
-    mnd::ofs_ewens_watt = nullptr;
-    mnd::settings::input_file = before;
-    summary.close();
-    EXPECT_EQ(
-        mnd_test::read_text(folder / "ewens.sum"),
-        "\"dir/lakes.mnp\"\t\"A\"\t3\t2\t2\t0.55556\t0.55556\t1.00000\t1.00000\n"
-        "\"dir/lakes.mnp\"\t\"B\"\t5\t2\t2\t0.52000\tN.A.\tN.A.\tN.A.\n"
-        "\"dir/lakes.mnp\"\t\"C\"\tEwens-Watterson test is impossible because all gene copies are different\n"
-        "\"dir/lakes.mnp\"\t\"D\"\tEwens-Watterson test is impossible because there is only one allele in "
-        "the sample\n");
+    EXPECT_EQ(summary.rows(),
+              "\"A\"\t3\t2\t2\t0.55556\t0.55556\t1.00000\t1.00000\n"
+              "\"B\"\t5\t2\t2\t0.52000\tN.A.\tN.A.\tN.A.\n"
+              "\"C\"\tEwens-Watterson test is impossible because all gene copies are different\n"
+              "\"D\"\tEwens-Watterson test is impossible because there is only one allele in the sample\n");
 }
 
 // --- As a step of the analyses of a sample
