@@ -38,7 +38,7 @@ BENCHMARK(BM_Configuration)
 void BM_TajimaReplicates(benchmark::State& state) {
     mnd::PopulDNA sample;
     sample.sample_size = static_cast<double>(state.range(0));
-    sample.nb_usable_loci = static_cast<int>(state.range(1));
+    sample.nb_observed_sites = static_cast<int>(state.range(1));
     mnd::settings s;
     mnd::silentMendrake = true;
     const mnd::TajimaConstants constants = mnd::tajima_constants(static_cast<int>(state.range(0)));
@@ -65,7 +65,7 @@ BENCHMARK(BM_TajimaReplicates)
 void BM_FuReplicates(benchmark::State& state) {
     mnd::PopulDNA sample;
     sample.sample_size = static_cast<double>(state.range(0));
-    sample.nb_usable_loci = 1000;
+    sample.nb_observed_sites = 1000;
     mnd::settings s;
     mnd::silentMendrake = true;
     mnd::NeutralSamples samples(sample, 10.0);

@@ -10,12 +10,12 @@
 #include "model/popul_dna.h"
 #include "model/popul_rflp.h"
 #include "run/settings.h"
-#include "within/diversity_indices.h"
 #include "within/ewens_sampling.h"
 #include "within/ewens_watterson.h"
 #include "within/indels_left_out.h"
 #include "within/neutral_samples.h"
 #include "within/neutrality_tables.h"
+#include "within/replicate_progress.h"
 
 namespace mnd {
 
@@ -60,24 +60,51 @@ int PopGenetics::Fu_Fs(double const& theta, int const& k, double& Fs, bool repor
 
 namespace {
 
-// The observed values. Returns: false when there are none, as was reported
+constexpr double kNotKnown = std::numeric_limits<double>::quiet_NaN();
+
+// What is known without distances. A single allele has no differences.
 template <class Sample>
-bool observe(Sample& sample, settings& s, FuReport& report) {
+FuReport count(const Sample& sample, const settings& s) {
+    FuReport report;
     report.n = integer_part(sample.sample_size);
     report.k = number_of_alleles(sample);
     report.original_k = sample.nb_orig_hapl > 0 ? sample.nb_orig_hapl : report.k;
     report.checked = s.InferHaplotypeDefinitionFromDistanceMatrix != 0;
+    report.weighted = has_weights(sample);
+    report.theta_pi = report.k == 1 && report.n > 1 ? 0.0 : kNotKnown;
+    report.k_est = report.k == 1 ? 1.0 : kNotKnown;
+    return report;
+}
+
+// The observed values. Returns: false when there are none, as was reported
+template <class Sample>
+bool observe(Sample& sample, settings& s, FuReport& report) {
     const IndelsLeftOut differences(sample, s);
     if (!differences.computed()) return false;
     sample.calc_theta_pi(sample.mean_pairwise_diff);
     sample.fu_theta_pi = report.theta_pi = sample.theta_pi;
-    report.exp_k = expected_number_of_alleles(report.theta_pi, report.n);
+    report.k_est = sample.k_est(report.theta_pi, report.n);
     // Fs stays as it is when it can't be computed.
-    report.Fs = std::numeric_limits<double>::quiet_NaN();
+    report.Fs = kNotKnown;
     sample.Fu_Fs(report.theta_pi, report.k, report.Fs, true);
-    report.defined = !std::isnan(report.Fs);
-    sample.fu_Fs = report.defined ? report.Fs : 0.0;
+    sample.fu_Fs = std::isnan(report.Fs) ? 0.0 : report.Fs;
     return true;
+}
+
+// The block of the observed values, or why there are none. Returns: whether Fs can be tested
+template <class Sample>
+bool print_observed(Sample& sample, settings& s, std::ostream& out, FuReport& report) {
+    if (report.n < 2) {
+        out << "Fu's Fs test cannot be computed if only one gene in sample\n";
+    } else if (report.k < 2) {
+        out << "Fu's Fs test cannot be computed if only one allele in sample\n";
+    } else if (observe(sample, s, report)) {
+        if (!s.stopped()) print_fu(out, report);
+        return !std::isnan(report.Fs) && report.theta_pi > 0.0;
+    } else if (!s.stopped()) {
+        print_no_distances_for_test(out);
+    }
+    return false;
 }
 
 // P-value and moments from simulated samples. Returns: false when the run was stopped
@@ -112,23 +139,15 @@ template <class Sample>
 void test_sample(Sample& sample, settings& s, std::ostream& out) {
     sample.fu_Fs = sample.fu_theta_pi = 0.0;
     sample.fu_p = -1.0;
-    if (integer_part(sample.sample_size) < 2) {
-        out << "Fu's Fs test cannot be computed if only one gene in sample\n";
-        return;
-    }
-    if (number_of_alleles(sample) < 2) {
-        out << "Fu's Fs test cannot be computed if only one allele in sample\n";
-        return;
-    }
-    FuReport report;
-    if (!observe(sample, s, report)) {
-        if (!s.stopped()) print_no_distances_for_test(out);
-        return;
-    }
-    print_fu(out, report);
-    if (report.defined && report.theta_pi > 0.0) {
+    if (s.stopped()) return;
+    FuReport report = count(sample, s);
+    const bool testable = print_observed(sample, s, out, report);
+    if (s.stopped()) return;
+    if (testable) {
         if (!simulate(sample, s, report)) return;
         print_fu_simulations(out, report);
+    } else {
+        kSequenceTestProgress.skip(s.NumSimulFuTest);
     }
     write_fu_row(sample, report);
 }

@@ -9,6 +9,7 @@
 #include "model/popul_rflp.h"
 #include "run/settings.h"
 #include "simulation/mutated_sites.h"
+#include "within/replicate_progress.h"
 
 namespace mnd {
 
@@ -43,18 +44,29 @@ inline Mut_Type mutation_of(const PopulRFLP&) {
     return kBinaryMutation;
 }
 
-// Samples of as many gene copies as a sample has, and of as many sites as it has usable ones, all
-// sites alike, a third of the mutations of nucleotides transitions.
+// Whether the distances of a sample count some substitutions other than once.
+inline bool has_weights(const PopulDNA& sample) {
+    return sample.ts_weight != 1.0 || sample.tv_weight != 1.0;
+}
+inline bool has_weights(const PopulRFLP&) {
+    return false;
+}
+
+// Samples of as many gene copies and sites as a sample has, all sites alike, a third of the
+// mutations of nucleotides transitions.
+//
+// The sites are those of its whole sequences, unusable ones too: theta is that of a sequence
+// whatever its length, which only tells how often mutations hit a site again, and a gap or
+// missing data in some copies do not make a sequence shorter.
+//
+// Every difference counts 1, whatever weights the distances of the sample have.
 class NeutralSamples {
 public:
-    // Replicates between two advances of the work done by 1.
-    static constexpr int kReplicatesPerUnit = 50;
-
     //   sample   PopulDNA or PopulRFLP, its loci compared; its tree is made
     template <class Sample>
     NeutralSamples(Sample& sample, double theta) : sample_(sample), n_(integer_part(sample.sample_size)) {
         model_.mu = theta / 2.0;
-        model_.sites = sample.nb_usable_loci;
+        model_.sites = sample.nb_observed_sites;
         model_.type = mutation_of(sample);
         sample.allocate_tree(n_);
     }
@@ -68,10 +80,7 @@ public:
         for (int i = 1; i <= num_sim; ++i) {
             sample_.fast_simulate_sample(mutated_, model_);
             take(*this);
-            if (i % kReplicatesPerUnit == 0) {
-                settings::global_work_done += 1.0;
-                settings::print_message();
-            }
+            kSequenceTestProgress.note(i);
             if (s.stopped()) return false;
         }
         return true;

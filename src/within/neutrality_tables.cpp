@@ -21,7 +21,8 @@ namespace {
 
 constexpr int kDecimals = 5;
 constexpr double kNotTested = -1.0;
-// The probability of as many alleles is below 1e-08 then, the error of its computation some 1e-10.
+// The probability of as many alleles is 1.5e-8 there, with an error of some 1e-10: the second decimal of
+// Fs is the last that holds. Test: FuFs.IsKnownToTwoDecimalsDownToTheCaution
 constexpr double kLeastExactFs = -18.0;
 constexpr const char* kNotAvailable = "N.A.";
 
@@ -197,6 +198,18 @@ void print_no_distances_for_test(std::ostream& out) {
     out << "The test is impossible because the distances between the haplotypes could not be computed\n";
 }
 
+namespace {
+
+// What rests on distances whose substitutions have weights. The samples that it is compared with
+// have none: there is no model of sequences for weights.
+void print_weights_caution(std::ostream& out, const char* differences, const char* statistic) {
+    out << "Substitutions count in " << differences << " by their weights, which are not all 1: " << statistic
+        << " is not the standard one,\nand simulated samples are without weights: take its P-value with "
+           "care\n";
+}
+
+}  // namespace
+
 void print_tajima(std::ostream& out, const TajimaReport& report) {
     const FormatGuard guard(out);
     set_number_format(out);
@@ -209,8 +222,7 @@ void print_tajima(std::ostream& out, const TajimaReport& report) {
     out << "Mean No. of pairwise differences (Pi) : " << Shown{report.pi} << '\n'
         << "\nDistance method                       : "
         << "Pairwise difference (no Gamma correction, indels not taken into account)\n";
-    if (report.weighted)
-        out << "Substitutions count in Pi by their weights, which are not all 1: D is not the standard one\n";
+    if (report.weighted) print_weights_caution(out, "Pi", "D");
     out << "\nTajima's D                            : " << report.D << '\n';
     if (!report.defined)
         out << "D is given as 0 and not tested: it needs sites with substitutions and four gene copies\n";
@@ -240,9 +252,10 @@ void print_fu(std::ostream& out, const FuReport& report) {
         out << "Original No. of alleles(k)   : " << report.k << '\n';
     }
     out << "Theta(Pi)                    : " << Shown{report.theta_pi} << '\n'
-        << "Exp. No. of alleles          : " << report.exp_k << '\n'
-        << "Fs                           : " << Shown{report.Fs, report.defined} << '\n';
-    if (report.defined && report.theta_pi > 0.0 && report.Fs < kLeastExactFs)
+        << "Exp. No. of alleles          : " << Shown{report.k_est} << '\n'
+        << "Fs                           : " << Shown{report.Fs} << '\n';
+    if (report.weighted) print_weights_caution(out, "Theta(Pi)", "Fs");
+    if (report.Fs < kLeastExactFs)
         out << "So small an Fs rests on a probability of which few digits are known: take it as a bound\n";
 }
 
@@ -269,7 +282,7 @@ void write_tajima_row(const PopGenetics& sample, const TajimaReport& report) {
 
 void write_fu_row(const PopGenetics& sample, const FuReport& report) {
     SummaryRow(ofs_fu_fs, sample) << report.n << report.k << report.original_k << Shown{report.theta_pi}
-                                  << report.exp_k << Shown{report.Fs, report.defined} << p_value(report.P)
+                                  << Shown{report.k_est} << Shown{report.Fs} << p_value(report.P)
                                   << report.num_sim;
 }
 

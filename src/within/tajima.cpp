@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "foundation/data_type.h"
 #include "foundation/special_functions.h"
@@ -12,6 +13,7 @@
 #include "within/indels_left_out.h"
 #include "within/neutral_samples.h"
 #include "within/neutrality_tables.h"
+#include "within/replicate_progress.h"
 
 namespace mnd {
 
@@ -84,36 +86,24 @@ const TajimaResult* PopGenetics::fast_tajimaD(int const& n, double const& pi, do
 
 namespace {
 
-bool is_weighted(double weight) {
-    return weight != 1.0;
-}
-bool has_weights(const PopulDNA& sample) {
-    return is_weighted(sample.ts_weight) || is_weighted(sample.tv_weight);
-}
-bool has_weights(const PopulRFLP&) {
-    return false;
-}
-
-// The observed values. Returns: false when there are none, as was reported
+// The observed values. Without distances there is no pi, and D is not defined.
 template <class Sample>
-bool observe(Sample& sample, settings& s, TajimaReport& report) {
+TajimaReport observe(Sample& sample, settings& s) {
+    TajimaReport report;
     report.n = integer_part(sample.sample_size);
     report.S = sample.nb_subst_sites;
     report.weighted = has_weights(sample);
     report.restriction_sites = sample.profile.DataType == RFLP;
-    const IndelsLeftOut differences(sample, s);
-    report.pi = sample.mean_pairwise_diff;
-    sample.tajima_S = report.S;
-    sample.tajima_pi = report.pi;
     sample.calc_theta_S(report.n, report.S);
     report.theta_S = sample.theta_S;
-    sample.tajima_p = -1.0;
-    report.defined =
-        differences.computed() && tajima_D(tajima_constants(report.n), report.pi, report.S).defined;
-    sample.tajima_D = 0.0;
-    if (differences.computed()) sample.tajimaD(report.n, report.pi, report.S);
-    report.D = sample.tajima_D;
-    return differences.computed();
+    const IndelsLeftOut differences(sample, s);
+    sample.tajima_S = report.S;
+    sample.tajima_pi = sample.mean_pairwise_diff;
+    report.pi = differences.computed() ? sample.tajima_pi : std::numeric_limits<double>::quiet_NaN();
+    if (!differences.computed()) return report;
+    report.defined = tajima_D(tajima_constants(report.n), report.pi, report.S).defined;
+    report.D = sample.tajimaD(report.n, report.pi, report.S)->tajima_D;
+    return report;
 }
 
 // P-values and moments from simulated samples. Returns: false when the run was stopped
@@ -147,15 +137,20 @@ bool simulate(Sample& sample, const settings& s, TajimaReport& report) {
 
 template <class Sample>
 void test_sample(Sample& sample, settings& s, std::ostream& out) {
-    TajimaReport report;
-    if (!observe(sample, s, report)) {
-        if (!s.stopped()) print_no_distances_for_test(out);
-        return;
+    sample.tajima_D = 0.0;
+    sample.tajima_p = -1.0;
+    TajimaReport report = observe(sample, s);
+    if (s.stopped()) return;
+    if (std::isnan(report.pi)) {
+        print_no_distances_for_test(out);
+    } else {
+        print_tajima(out, report);
     }
-    print_tajima(out, report);
     if (report.defined) {
         if (!simulate(sample, s, report)) return;
         print_tajima_simulations(out, report);
+    } else {
+        kSequenceTestProgress.skip(s.NumSimulFuTest);
     }
     write_tajima_row(sample, report);
 }

@@ -46,7 +46,8 @@ double Tajima_D_density(double const& alpha, double const& beta, double const& x
 struct TajimaReport {
     int n = 0;             // gene copies
     int S = 0;             // sites with substitutions
-    double pi = 0.0;       // mean number of pairwise differences, indels left out
+    double pi = 0.0;       // mean number of pairwise differences, indels left out; not a number:
+                           // not known
     double theta_S = 0.0;  // from S
     double D = 0.0;
     double P = -1.0;            // share of simulated D that are not above D; -1: not tested
@@ -61,13 +62,12 @@ struct TajimaReport {
 };
 
 // The test of a sample whose loci have been compared, with its block in out and its row in the
-// batch summary. Its simulated samples have theta(S) and as many sites as the sample has usable
-// ones; of a D that is not defined there are none. The distances and the diversity of the sample
-// stay as they are.
+// batch summary. Its simulated samples are those of NeutralSamples with theta(S); of a D that is
+// not defined there are none. The distances and the diversity of the sample stay as they are.
 // Reads:     NumSimulFuTest
 // Writes:    tajima_D, tajima_p; theta_S; settings::global_work_done
 // Draws:     those of the simulated samples
-// A stopped run leaves P at -1 and writes no more than the observed values.
+// A stopped run leaves P at -1, and writes no row and no more than the observed values.
 void tajima_test(PopulDNA& sample, settings& s, std::ostream& out);
 void tajima_test(PopulRFLP& sample, settings& s, std::ostream& out);
 

@@ -3,22 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "foundation/message_codes.h"
 #include "model/popul_dna.h"
-#include "model/popul_microsat.h"
 #include "model/popul_rflp.h"
-#include "model/popul_standard.h"
 #include "run/tasks.h"
+#include "support/batch_summary.h"
 #include "support/captured_reports.h"
-#include "support/seeded_stream.h"
-#include "within/analysed_sample.h"
 #include "within/neutral_samples.h"
 #include "within/neutrality_tables.h"
+#include "within/sequence_neutrality.h"
 
 namespace {
 
@@ -26,13 +24,12 @@ using mnd::kNumericalInfinity;
 using mnd::kTaskFuFs;
 using mnd::PopulDNA;
 using mnd::PopulRFLP;
-using mnd_test::AnalysedSamples;
 using mnd_test::CapturedReports;
 using mnd_test::contains;
-using mnd_test::haplotypic;
 using mnd_test::Report;
 
 constexpr double kUntouched = 123.0;
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 Report fu_warning(int code) {
     return {mnd::Warning, "PopGenetics::Fu_Fs()", code};
@@ -60,6 +57,33 @@ TEST(FuFs, IsThatOfExactFractions) {
         EXPECT_EQ(sample.Fu_Fs(c.theta, c.k, Fs, true), 1);
         EXPECT_NEAR(Fs, c.Fs, c.tolerance) << c.n << ' ' << c.k;
     }
+}
+
+// S' is known to some 1e-10, what `gammln` leaves: Fs loses a digit with each -2.3. The document says so
+// from -18 on, where the second decimal goes. Expected by integer Stirling numbers and 60 digits.
+TEST(FuFs, IsKnownToTwoDecimalsDownToTheCaution) {
+    struct Case {
+        int n;
+        int k;
+        double theta;
+        double Fs;
+    };
+    PopulDNA sample;
+    const auto error = [&sample](const Case& c) {
+        sample.sample_size = c.n;
+        double Fs = kUntouched;
+        EXPECT_EQ(sample.Fu_Fs(c.theta, c.k, Fs, true), 1);
+        return std::fabs(Fs - c.Fs);
+    };
+    for (const Case& c : {Case{1000, 114, 17.071638155811605, -17.819497359433605},
+                          Case{100, 72, 32.719250187685134, -17.78756201175679},
+                          Case{200, 52, 7.590583036749499, -17.922082407739797},
+                          Case{60, 42, 12.31588232771746, -17.71542305493433},
+                          Case{40, 15, 0.8179922641972991, -17.29081331742961}})
+        EXPECT_LT(error(c), 0.01) << c.n << ' ' << c.k;
+    EXPECT_GT(error({1000, 134, 20.022934569902265, -23.97471873195816}), 0.1);
+    EXPECT_GT(error({400, 98, 16.75672743567445, -23.56583639077406}), 0.1);
+    sample.clean_bnum();
 }
 
 // n = 3, theta = 1: P(K = 1, 2, 3) = 2/6, 3/6, 1/6. k = 2: S' = 4/6, Fs = ln 2; k = 3: S' = 1/6, -ln 5.
@@ -152,10 +176,8 @@ TEST(FuFs, TellsASmallSumFromANegativeOne) {
 
 // --- The test of a sample
 
-class Fu : public mnd_test::SeededStream {
+class Fu : public mnd_test::SequenceNeutrality {
 protected:
-    AnalysedSamples<PopulDNA> a{haplotypic(mnd::DNA, 0)};
-
     // 6 copies of 4 alleles, which differ at three sites with substitutions and one with an indel:
     // 5 : 1 (5 pairs), 4 : 2 (8), 5 : 1 (5); pi = 18/15 = 1.2.
     PopulDNA& six() {
@@ -166,6 +188,27 @@ protected:
                                  "h4 1 AACTA-AA\n");
         a.prepare();
         return sample;
+    }
+
+    // As many haplotypes, the first of two gene copies.
+    static std::string different_haplotypes(int k) {
+        const char bases[] = {'A', 'C', 'G', 'T'};
+        std::string lines;
+        for (int i = 0; i < k; ++i) {
+            std::string sequence;
+            for (int rest = i, site = 0; site < 6; rest /= 4, ++site)
+                sequence += bases[rest % 4];
+            lines += 'h' + sequence + (i == 0 ? " 2 " : " 1 ") + sequence + '\n';
+        }
+        return lines;
+    }
+    // The block of a sample beyond the limits.
+    static void expect_refused(const std::string& text, const std::string& n, const std::string& k) {
+        EXPECT_TRUE(contains(
+            text, "\nSample size                  : " + n + "\nObs. k                       : " + k + '\n'))
+            << text;
+        EXPECT_TRUE(contains(text, "Fs                           : N.A.\n")) << text;
+        EXPECT_FALSE(contains(text, "No. of simulations")) << text;
     }
 };
 
@@ -204,7 +247,6 @@ TEST_F(Fu, WritesItsObservedValues) {
 TEST_F(Fu, SaysWhenFewDigitsAreKnown) {
     mnd::FuReport report;
     report.theta_pi = 1.0;
-    report.defined = true;
     const auto text = [&report](double Fs) {
         report.Fs = Fs;
         std::ostringstream out;
@@ -216,9 +258,8 @@ TEST_F(Fu, SaysWhenFewDigitsAreKnown) {
     EXPECT_TRUE(contains(text(-18.5), "Fs                           : -18.50000\n" + caution));
     EXPECT_TRUE(contains(text(-kNumericalInfinity), "Fs                           : -infinity\n" + caution));
     EXPECT_FALSE(contains(text(-17.5), caution));
-    report.defined = false;
-    EXPECT_TRUE(contains(text(-18.5), "Fs                           : N.A.\n"));
-    EXPECT_FALSE(contains(text(-18.5), caution));
+    EXPECT_TRUE(contains(text(kNaN), "Fs                           : N.A.\n"));
+    EXPECT_FALSE(contains(text(kNaN), caution));
 }
 
 TEST_F(Fu, TellsThatHaplotypesWereChecked) {
@@ -247,24 +288,106 @@ TEST_F(Fu, LeavesDistancesAndDiversityAsTheyWere) {
     EXPECT_EQ(sample.del_weight, a.s.DeletionWeight);
 }
 
+// What is known stands in the row: a single allele has no differences.
 TEST_F(Fu, NeedsTwoAlleles) {
+    mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
     PopulDNA& sample = a.add("Lake", "h1 3 AACC\n");
     a.prepare();
     sample.fu_Fs = 5.0;
     sample.fu_p = 0.5;
+    a.s.NumSimulFuTest = 170;
+    mnd::settings::global_work_done = 0.0;
     mnd::reset_draws_taken();
     EXPECT_TRUE(
         contains(a.analyse(kTaskFuFs), "Fu's Fs test cannot be computed if only one allele in sample\n"));
     EXPECT_EQ(sample.fu_Fs, 0.0);
     EXPECT_EQ(sample.fu_p, -1.0);
+    EXPECT_EQ(summary.rows(), "\"Lake\"\t3\t1\t1\t0.00000\t1.00000\t0.00000\tN.A.\t0\n");
     EXPECT_EQ(mnd::draws_taken(), 0U);
+    EXPECT_EQ(mnd::settings::global_work_done, 3.0);
 }
 
 TEST_F(Fu, NeedsTwoGenes) {
+    mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
     a.add("Lake", "h1 1 AACC\n");
     a.prepare();
     EXPECT_TRUE(
         contains(a.analyse(kTaskFuFs), "Fu's Fs test cannot be computed if only one gene in sample\n"));
+    EXPECT_EQ(summary.rows(), "\"Lake\"\t1\t1\t1\tN.A.\t1.00000\t0.00000\tN.A.\t0\n");
+}
+
+// Haplotypes without a usable site have no distances.
+TEST_F(Fu, WithoutDistancesHasNoPValueButARow) {
+    const CapturedReports reports;
+    mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
+    rflp.s.NumSimulFuTest = 100;
+    PopulRFLP& sample = compared(rflp, "h1 2 ??\nh2 3 ??\n");
+    sample.fu_Fs = sample.fu_p = 0.5;
+    sample.nb_orig_hapl = 3;
+    mnd::settings::global_work_done = 0.0;
+    mnd::reset_draws_taken();
+    std::ostringstream out;
+    fu_test(sample, rflp.s, out);
+    EXPECT_EQ(out.str(),
+              "The test is impossible because the distances between the haplotypes could not be computed\n");
+    EXPECT_EQ(summary.rows(), "\"Lake\"\t5\t2\t3\tN.A.\tN.A.\t0.00000\tN.A.\t0\n");
+    EXPECT_EQ(sample.fu_Fs, 0.0);
+    EXPECT_EQ(sample.fu_p, -1.0);
+    EXPECT_EQ(mnd::draws_taken(), 0U);
+    EXPECT_EQ(mnd::settings::global_work_done, 2.0);
+}
+
+// The table of B numbers serves 4999 gene copies. As many of each of two haplotypes, but one: pi = 1
+// for 2499 2500 of 4999 4998/2 pairs.
+TEST_F(Fu, HasTheLimitOfGeneCopies) {
+    const CapturedReports reports;
+    mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
+    a.s.NumSimulFuTest = 3;
+    PopulDNA& accepted = compared(a, "h1 2499 AACC\nh2 2500 AACG\n");
+    std::ostringstream out;
+    fu_test(accepted, a.s, out);
+    EXPECT_TRUE(
+        contains(out.str(), "\nSample size                  : 4999\nObs. k                       : 2\n"));
+    EXPECT_TRUE(contains(out.str(), "Theta(Pi)                    : 0.50010\n"));
+    EXPECT_TRUE(contains(out.str(), "\nNo. of simulations           : 3\n"));
+    EXPECT_GE(accepted.fu_p, 0.0);
+    EXPECT_TRUE(reports.all().empty());
+
+    PopulDNA& refused = compared(a, "h3 2500 AACC\nh4 2500 AACG\n");
+    mnd::settings::global_work_done = 0.0;
+    mnd::reset_draws_taken();
+    std::ostringstream refusal;
+    a.s.NumSimulFuTest = 100;
+    fu_test(refused, a.s, refusal);
+    expect_refused(refusal.str(), "5000", "2");
+    EXPECT_EQ(reports.all(), std::vector<Report>{fu_warning(mnd::kTooManyAllelesOrTooLargeSample)});
+    EXPECT_EQ(refused.fu_Fs, 0.0);
+    EXPECT_EQ(refused.fu_p, -1.0);
+    EXPECT_EQ(mnd::draws_taken(), 0U);
+    EXPECT_EQ(mnd::settings::global_work_done, 2.0);
+    const std::string row_of_refused = "\"Lake\"\t5000\t2\t2\t0.50010\t";
+    EXPECT_TRUE(contains(summary.rows(), row_of_refused)) << summary.rows();
+    EXPECT_TRUE(contains(summary.rows(), "\tN.A.\tN.A.\t0\n")) << summary.rows();
+    accepted.clean_bnum();
+}
+
+// And 999 alleles.
+TEST_F(Fu, HasTheLimitOfAlleles) {
+    const CapturedReports reports;
+    a.s.NumSimulFuTest = 1;
+    PopulDNA& accepted = compared(a, different_haplotypes(999));
+    std::ostringstream out;
+    fu_test(accepted, a.s, out);
+    EXPECT_TRUE(contains(out.str(), "Obs. k                       : 999\n"));
+    EXPECT_TRUE(reports.all().empty() || reports.all().front().code != mnd::kTooManyAllelesOrTooLargeSample);
+    const std::size_t before = reports.all().size();
+    PopulDNA& refused = compared(a, different_haplotypes(1000));
+    std::ostringstream refusal;
+    fu_test(refused, a.s, refusal);
+    expect_refused(refusal.str(), "1001", "1000");
+    ASSERT_EQ(reports.all().size(), before + 1);
+    EXPECT_EQ(reports.all().back(), fu_warning(mnd::kTooManyAllelesOrTooLargeSample));
+    accepted.clean_bnum();
 }
 
 // Alleles that differ by indels alone: there are two, but no differences.
@@ -287,77 +410,113 @@ TEST_F(Fu, WithoutDifferencesIsInfiniteAndNotTested) {
 
 // --- P-values
 
-// Each replicate as a whole sample: sequences made, read, compared, and the Fs of that sample.
-template <class Sample>
-void expect_p_value_of_whole_samples(Sample& sample, mnd::settings& s, mnd::Mut_Type type, int num_sim) {
-    s.NumSimulFuTest = num_sim;
-    long idum = -12345;
-    mnd::ran3(&idum);
-    std::ostringstream out;
-    mnd::settings::global_work_done = 0.0;
-    mnd::reset_draws_taken();
-    fu_test(sample, s, out);
-    const auto draws = mnd::draws_taken();
-    EXPECT_EQ(mnd::settings::global_work_done, num_sim / 50);
+class FuReplicates : public Fu {
+protected:
+    struct PlainPValue {
+        double P = 0.0;
+        mnd::RunningSums theta;
+        mnd::RunningSums k;
+        unsigned long long draws = 0;
+    };
 
-    idum = -12345;
-    mnd::ran3(&idum);
-    mnd::reset_draws_taken();
-    sample.allocate_tree(static_cast<int>(sample.sample_size));
-    int below = 0;
-    mnd::RunningSums theta;
-    mnd::RunningSums k;
-    const CapturedReports reports;
-    for (int i = 0; i < num_sim; ++i) {
-        sample.simulate_sample(sample.fu_theta_pi / 2.0, sample.nb_usable_loci, type, 0.0, 1.0, 1.0, 0.33);
-        Sample replicate;
-        mnd::Haplo_DB definitions;
-        replicate.read_simulated_sample(sample.tree.make(), definitions, type);
-        replicate.check_data();
-        replicate.evaluate_polymorphism(s);
-        replicate.compute_distance_matrix(nullptr, &s, 0);
-        replicate.compute_molecular_diversity(s);
-        replicate.calc_theta_pi(replicate.mean_pairwise_diff);
-        double Fs = 0.0;
-        replicate.Fu_Fs(replicate.theta_pi, replicate.nb_hapl, Fs, false);
-        theta.add(replicate.theta_pi);
-        k.add(replicate.nb_hapl);
-        if (Fs <= sample.fu_Fs) ++below;
+    // Of whole samples of this many sites, by theta(Pi) of the sample.
+    template <class Sample>
+    static PlainPValue plain_p_value(Sample& sample, mnd::settings& s, int sites) {
+        PlainPValue plain;
+        int below = 0;
+        const CapturedReports reports;
+        seed();
+        mnd::reset_draws_taken();
+        whole_samples(sample, s, sample.fu_theta_pi, sites, s.NumSimulFuTest, [&](Sample& replicate) {
+            replicate.calc_theta_pi(replicate.mean_pairwise_diff);
+            double Fs = 0.0;
+            replicate.Fu_Fs(replicate.theta_pi, replicate.nb_hapl, Fs, false);
+            plain.theta.add(replicate.theta_pi);
+            plain.k.add(replicate.nb_hapl);
+            if (Fs <= sample.fu_Fs) ++below;
+        });
+        plain.draws = mnd::draws_taken();
+        EXPECT_TRUE(reports.all().empty());
+        plain.P = static_cast<double>(below) / s.NumSimulFuTest;
+        return plain;
     }
-    EXPECT_TRUE(reports.all().empty());
-    EXPECT_EQ(mnd::draws_taken(), draws);
-    EXPECT_EQ(sample.fu_p, static_cast<double>(below) / num_sim);
-    EXPECT_GT(below, 0);
-    char lines[300];
-    std::snprintf(lines, sizeof lines,
-                  "\nNo. of simulations           : %d"
-                  "\nMean Theta(Pi)               : %.5f"
-                  "\nS.D. Theta(Pi)               : %.5f"
-                  "\nMean k                       : %.5f"
-                  "\nS.D. k                       : %.5f"
-                  "\nP(sim. Fs &lt;= obs. Fs)        : %.5f\n",
-                  num_sim, theta.mean(), theta.sd(), k.mean(), k.sd(), sample.fu_p);
-    EXPECT_TRUE(contains(out.str(), lines)) << out.str() << lines;
-}
 
-TEST_F(Fu, PValueIsThatOfWholeSamples) {
+    // Returns: what the test writes
+    template <class Sample>
+    static std::string expect_p_value_of_whole_samples(Sample& sample, mnd::settings& s, int sites) {
+        s.NumSimulFuTest = 520;
+        seed();
+        std::ostringstream out;
+        mnd::settings::global_work_done = 0.0;
+        mnd::reset_draws_taken();
+        fu_test(sample, s, out);
+        const auto draws = mnd::draws_taken();
+        EXPECT_EQ(mnd::settings::global_work_done, 10.0);
+        const PlainPValue plain = plain_p_value(sample, s, sites);
+        EXPECT_EQ(plain.draws, draws);
+        EXPECT_EQ(sample.fu_p, plain.P);
+        EXPECT_GT(plain.P, 0.0);
+        char lines[300];
+        std::snprintf(lines, sizeof lines,
+                      "\nNo. of simulations           : 520"
+                      "\nMean Theta(Pi)               : %.5f"
+                      "\nS.D. Theta(Pi)               : %.5f"
+                      "\nMean k                       : %.5f"
+                      "\nS.D. k                       : %.5f"
+                      "\nP(sim. Fs &lt;= obs. Fs)        : %.5f\n",
+                      plain.theta.mean(), plain.theta.sd(), plain.k.mean(), plain.k.sd(), plain.P);
+        EXPECT_TRUE(contains(out.str(), lines)) << out.str() << lines;
+        return out.str();
+    }
+};
+
+TEST_F(FuReplicates, AreWholeSamples) {
     PopulDNA& sample = six();
     sample.evaluate_polymorphism(a.s);
-    expect_p_value_of_whole_samples(sample, a.s, mnd::kNucleotideMutation, 520);
+    expect_p_value_of_whole_samples(sample, a.s, 8);
 }
 
-TEST_F(Fu, PValueOfRestrictionSitesIsThatOfWholeSamples) {
-    AnalysedSamples<PopulRFLP> rflp(haplotypic(mnd::RFLP, 0));
-    PopulRFLP& sample = rflp.add("Lake",
-                                 "h1 3 0000011010\n"
-                                 "h2 2 0110011010\n"
-                                 "h3 1 1111011010\n"
-                                 "h4 1 0011111010\n"
-                                 "h5 2 0110011011\n");
-    rflp.prepare();
-    sample.build_arbitrary_haplotype();
-    sample.evaluate_polymorphism(rflp.s);
-    expect_p_value_of_whole_samples(sample, rflp.s, mnd::kBinaryMutation, 520);
+TEST_F(FuReplicates, OfRestrictionSitesAreWholeSamples) {
+    expect_p_value_of_whole_samples(nine(), rflp.s, 10);
+}
+
+// theta is that of a sequence: sites that the sample can't use do not make its sequences shorter.
+TEST_F(FuReplicates, HaveTheSitesThatTheSampleCannotUse) {
+    PopulDNA& sample = gappy();
+    ASSERT_EQ(sample.nb_usable_loci, kUsableSites);
+    const std::string text = expect_p_value_of_whole_samples(sample, a.s, kSites);
+    EXPECT_TRUE(contains(text, "Theta(Pi)                    : 1.57143\n"));
+    EXPECT_NE(plain_p_value(sample, a.s, kUsableSites).theta.mean(),
+              plain_p_value(sample, a.s, kSites).theta.mean());
+}
+
+// A gap in some haplotypes is no difference, but two haplotypes that differ by it are two alleles.
+TEST_F(FuReplicates, OfRestrictionSitesHaveThoseWithGaps) {
+    PopulRFLP& sample = compared(rflp,
+                                 "h1 3 00-0-110\n"
+                                 "h2 2 01-0-110\n"
+                                 "h3 2 01-00110\n");
+    ASSERT_EQ(sample.nb_usable_loci, 7);
+    // Of 21 pairs site 1 divides 12.
+    EXPECT_TRUE(contains(expect_p_value_of_whole_samples(sample, rflp.s, 8),
+                         "\nObs. k                       : 3\n"
+                         "Original No. of alleles(k)   : 3\n"
+                         "Theta(Pi)                    : 0.57143\n"));
+}
+
+// All three sites have transitions, which count twice in the sample and once in its replicates.
+TEST_F(FuReplicates, HaveNoWeights) {
+    PopulDNA& sample = six();
+    sample.ts_weight = a.s.TransitionWeight = 2.0;
+    sample.tv_weight = a.s.TranversionWeight = 0.5;
+    sample.evaluate_polymorphism(a.s);
+    const std::string text = expect_p_value_of_whole_samples(sample, a.s, 8);
+    EXPECT_TRUE(contains(text, "Theta(Pi)                    : 2.40000\n")) << text;
+    EXPECT_TRUE(
+        contains(text,
+                 "Substitutions count in Theta(Pi) by their weights, which are not all 1: Fs is not the "
+                 "standard one,\nand simulated samples are without weights: take its P-value with care\n"))
+        << text;
 }
 
 TEST_F(Fu, AStoppedRunHasNoPValue) {
@@ -370,33 +529,25 @@ TEST_F(Fu, AStoppedRunHasNoPValue) {
     EXPECT_EQ(out.str(), "");
 }
 
-template <class Sample>
-void expect_no_sequence_model(int data_type, const std::string& lines) {
-    AnalysedSamples<Sample> a(haplotypic(data_type, ' '));
-    a.add("Lake", lines);
-    a.prepare();
-    mnd::reset_draws_taken();
-    EXPECT_TRUE(contains(a.analyse(kTaskFuFs),
-                         "== Fu's Fs test of selective neutrality : (Lake)\n"
-                         "================================================\n\n"
-                         "Fu's Fs test cannot be computed \n"
-                         "without DNA sequences or RFLP haplotypes\n\n"));
-    EXPECT_EQ(mnd::draws_taken(), 0U);
+TEST_F(Fu, AStoppedRunHasNoRow) {
+    mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
+    PopulDNA& sample = six();
+    sample.evaluate_polymorphism(a.s);
+    a.s.NumSimulFuTest = 100;
+    a.s.stop_computations = 1;
+    std::ostringstream out;
+    fu_test(sample, a.s, out);
+    fu_test(compared(a, "h9 3 AACC\n"), a.s, out);
+    EXPECT_EQ(summary.rows(), "");
+    EXPECT_EQ(out.str(), "");
 }
 
 TEST_F(Fu, NeedsSequences) {
-    expect_no_sequence_model<mnd::PopulStandard>(mnd::STANDARD, "h1 2 x\nh2 1 y\n");
-    expect_no_sequence_model<mnd::PopulStandard>(mnd::FREQUENCY, "h1 2\nh2 1\n");
-    expect_no_sequence_model<mnd::PopulMicrosat>(mnd::MICROSAT, "h1 2 10\nh2 1 11\n");
+    expect_sequences_are_needed(kTaskFuFs, "Fu's Fs test");
 }
 
 TEST_F(Fu, WritesARowOfTheBatchSummary) {
-    const mnd_test::TempFolder folder;
-    std::ofstream summary(folder / "fu_fs.sum");
-    mnd::ofs_fu_fs = &summary;
-    char* const before = mnd::settings::input_file;
-    std::string project = "dir/lakes.mnp";
-    mnd::settings::input_file = project.data();
+    mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
     a.s.NumSimulFuTest = 0;
     PopulDNA& sample = six();
     a.analyse(kTaskFuFs);
@@ -405,21 +556,17 @@ TEST_F(Fu, WritesARowOfTheBatchSummary) {
     report.k = 4;
     report.original_k = 5;
     report.theta_pi = 1.2;
-    report.exp_k = 2.5;
-    report.defined = true;
+    report.k_est = 2.5;
     report.Fs = -kNumericalInfinity;
     report.P = 0.25;
     report.num_sim = 1000;
     write_fu_row(sample, report);
-    report.defined = false;
+    report.Fs = kNaN;
     write_fu_row(sample, report);
-    mnd::ofs_fu_fs = nullptr;
-    mnd::settings::input_file = before;
-    summary.close();
-    EXPECT_EQ(mnd_test::read_text(folder / "fu_fs.sum"),
-              "\"dir/lakes.mnp\"\t\"Lake\"\t6\t4\t4\t1.20000\t2.63049\t-1.45444\tN.A.\t0\n"
-              "\"dir/lakes.mnp\"\t\"Lake\"\t6\t4\t5\t1.20000\t2.50000\t-infinity\t0.25000\t1000\n"
-              "\"dir/lakes.mnp\"\t\"Lake\"\t6\t4\t5\t1.20000\t2.50000\tN.A.\t0.25000\t1000\n");
+    EXPECT_EQ(summary.rows(),
+              "\"Lake\"\t6\t4\t4\t1.20000\t2.63049\t-1.45444\tN.A.\t0\n"
+              "\"Lake\"\t6\t4\t5\t1.20000\t2.50000\t-infinity\t0.25000\t1000\n"
+              "\"Lake\"\t6\t4\t5\t1.20000\t2.50000\tN.A.\t0.25000\t1000\n");
 }
 
 }  // namespace

@@ -3,20 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 #include <string>
-#include <vector>
 
 #include "model/popul_dna.h"
-#include "model/popul_microsat.h"
 #include "model/popul_rflp.h"
-#include "model/popul_standard.h"
 #include "run/tasks.h"
+#include "support/batch_summary.h"
 #include "support/captured_reports.h"
-#include "support/seeded_stream.h"
-#include "within/analysed_sample.h"
 #include "within/neutral_samples.h"
 #include "within/neutrality_tables.h"
+#include "within/sequence_neutrality.h"
 
 namespace {
 
@@ -27,9 +23,7 @@ using mnd::PopulRFLP;
 using mnd::tajima_constants;
 using mnd::tajima_D;
 using mnd::TajimaD;
-using mnd_test::AnalysedSamples;
 using mnd_test::contains;
-using mnd_test::haplotypic;
 
 double D_of(int n, double pi, double S) {
     const TajimaD result = tajima_D(tajima_constants(n), pi, S);
@@ -155,10 +149,8 @@ TEST(RunningSums, GiveMeanAndDeviation) {
 
 // --- The test of a sample
 
-class Tajima : public mnd_test::SeededStream {
+class Tajima : public mnd_test::SequenceNeutrality {
 protected:
-    AnalysedSamples<PopulDNA> a{haplotypic(mnd::DNA, 0)};
-
     // 5 copies; sites 2 to 5 have substitutions (pi 2), site 6 an indel.
     PopulDNA& five() {
         PopulDNA& sample = a.add("Lake",
@@ -252,82 +244,156 @@ TEST_F(Tajima, SaysWhenWeightsBendTheStatistic) {
     a.s.TransitionWeight = 2.0;
     five();
     EXPECT_TRUE(
-        contains(a.analyse(kTaskTajima), "Substitutions count in Pi by their weights, which are not all 1"));
+        contains(a.analyse(kTaskTajima),
+                 "Substitutions count in Pi by their weights, which are not all 1: D is not the standard "
+                 "one,\nand simulated samples are without weights: take its P-value with care\n"));
+}
+
+// The planned replicates are part of the estimate of the work, so they count when they are not needed.
+TEST_F(Tajima, ReplicatesThatAreNotNeededAreWorkDone) {
+    a.s.NumSimulFuTest = 170;
+    PopulDNA& sample = compared(a, "h1 3 AACC\nh2 2 AA-C\n");
+    mnd::settings::global_work_done = 7.0;
+    std::ostringstream out;
+    tajima_test(sample, a.s, out);
+    EXPECT_EQ(mnd::settings::global_work_done, 10.0);
+    a.s.NumSimulFuTest = -170;
+    tajima_test(sample, a.s, out);
+    EXPECT_EQ(mnd::settings::global_work_done, 10.0);
+}
+
+// Haplotypes without a usable site have no distances. S is known, pi is not.
+TEST_F(Tajima, WithoutDistancesHasNoPValueButARow) {
+    const mnd_test::CapturedReports reports;
+    mnd_test::BatchSummary summary(&mnd::ofs_tajima);
+    rflp.s.NumSimulFuTest = 100;
+    PopulRFLP& sample = compared(rflp, "h1 2 ??\nh2 3 ??\n");
+    sample.tajima_D = sample.tajima_p = 0.5;
+    mnd::settings::global_work_done = 0.0;
+    mnd::reset_draws_taken();
+    std::ostringstream out;
+    tajima_test(sample, rflp.s, out);
+    EXPECT_EQ(out.str(),
+              "The test is impossible because the distances between the haplotypes could not be computed\n");
+    EXPECT_EQ(summary.rows(), "\"Lake\"\t5\t0\tN.A.\t0.00000\t0.00000\tN.A.\tN.A.\tN.A.\t0\n");
+    EXPECT_EQ(sample.tajima_D, 0.0);
+    EXPECT_EQ(sample.tajima_p, -1.0);
+    EXPECT_EQ(mnd::draws_taken(), 0U);
+    EXPECT_EQ(mnd::settings::global_work_done, 2.0);
+    EXPECT_FALSE(reports.all().empty());
 }
 
 // --- P-values
 
-// Each replicate as a whole sample: sequences made, read, compared, and the D of that sample.
-template <class Sample>
-void expect_p_values_of_whole_samples(Sample& sample, mnd::settings& s, mnd::Mut_Type type, int num_sim) {
-    s.NumSimulFuTest = num_sim;
-    long idum = -12345;
-    mnd::ran3(&idum);
-    std::ostringstream out;
-    mnd::settings::global_work_done = 0.0;
-    mnd::reset_draws_taken();
-    tajima_test(sample, s, out);
-    const auto draws = mnd::draws_taken();
-    EXPECT_EQ(mnd::settings::global_work_done, num_sim / 50);
-
-    idum = -12345;
-    mnd::ran3(&idum);
-    mnd::reset_draws_taken();
-    const int n = static_cast<int>(sample.sample_size);
-    sample.allocate_tree(n);
-    int below = 0;
-    int not_positive = 0;
+// Of whole samples of this many sites, by theta(S) of the sample.
+struct PlainPValues {
+    double P = 0.0;
+    double P_not_positive = 0.0;
     mnd::RunningSums theta;
-    for (int i = 0; i < num_sim; ++i) {
-        sample.simulate_sample(sample.theta_S / 2.0, sample.nb_usable_loci, type, 0.0, 1.0, 1.0, 0.33);
-        Sample replicate;
-        mnd::Haplo_DB definitions;
-        replicate.read_simulated_sample(sample.tree.make(), definitions, type);
-        replicate.check_data();
-        replicate.evaluate_polymorphism(s);
-        replicate.compute_distance_matrix(nullptr, &s, 0);
-        replicate.compute_molecular_diversity(s);
-        replicate.calc_theta_S(n, replicate.nb_subst_sites);
-        replicate.fast_tajimaD(n, replicate.mean_pairwise_diff, replicate.nb_subst_sites);
-        theta.add(replicate.theta_S);
-        if (replicate.tajima_D <= sample.tajima_D) ++below;
-        if (replicate.tajima_D <= 0.0) ++not_positive;
+    unsigned long long draws = 0;
+};
+
+class TajimaReplicates : public Tajima {
+protected:
+    template <class Sample>
+    static PlainPValues plain_p_values(Sample& sample, mnd::settings& s, int sites) {
+        PlainPValues plain;
+        const int n = static_cast<int>(sample.sample_size);
+        int below = 0;
+        int not_positive = 0;
+        seed();
+        mnd::reset_draws_taken();
+        whole_samples(sample, s, sample.theta_S, sites, s.NumSimulFuTest, [&](Sample& replicate) {
+            replicate.calc_theta_S(n, replicate.nb_subst_sites);
+            replicate.fast_tajimaD(n, replicate.mean_pairwise_diff, replicate.nb_subst_sites);
+            plain.theta.add(replicate.theta_S);
+            if (replicate.tajima_D <= sample.tajima_D) ++below;
+            if (replicate.tajima_D <= 0.0) ++not_positive;
+        });
+        plain.draws = mnd::draws_taken();
+        plain.P = static_cast<double>(below) / s.NumSimulFuTest;
+        plain.P_not_positive = static_cast<double>(not_positive) / s.NumSimulFuTest;
+        return plain;
     }
-    EXPECT_EQ(mnd::draws_taken(), draws);
-    EXPECT_EQ(sample.tajima_p, static_cast<double>(below) / num_sim);
-    char lines[300];
-    std::snprintf(lines, sizeof lines,
-                  "\nMean Theta(S)                         : %.5f"
-                  "\nS.D. Theta(S)                         : %.5f"
-                  "\nP(sim. D &lt;= obs. D)                   : %.5f"
-                  "\nP(sim. D &lt;= 0)                        : %.5f\n",
-                  theta.mean(), theta.sd(), sample.tajima_p, static_cast<double>(not_positive) / num_sim);
-    EXPECT_TRUE(contains(out.str(), lines)) << out.str() << lines;
-}
 
-TEST_F(Tajima, PValuesAreThoseOfWholeSamples) {
+    // Returns: what the test writes
+    template <class Sample>
+    static std::string expect_p_values_of_whole_samples(Sample& sample, mnd::settings& s, int sites) {
+        s.NumSimulFuTest = 520;
+        seed();
+        std::ostringstream out;
+        mnd::settings::global_work_done = 0.0;
+        mnd::reset_draws_taken();
+        tajima_test(sample, s, out);
+        const auto draws = mnd::draws_taken();
+        EXPECT_EQ(mnd::settings::global_work_done, 10.0);
+        const PlainPValues plain = plain_p_values(sample, s, sites);
+        EXPECT_EQ(plain.draws, draws);
+        EXPECT_EQ(sample.tajima_p, plain.P);
+        char lines[300];
+        std::snprintf(lines, sizeof lines,
+                      "\nMean Theta(S)                         : %.5f"
+                      "\nS.D. Theta(S)                         : %.5f"
+                      "\nP(sim. D &lt;= obs. D)                   : %.5f"
+                      "\nP(sim. D &lt;= 0)                        : %.5f\n",
+                      plain.theta.mean(), plain.theta.sd(), plain.P, plain.P_not_positive);
+        EXPECT_TRUE(contains(out.str(), lines)) << out.str() << lines;
+        return out.str();
+    }
+};
+
+TEST_F(TajimaReplicates, AreWholeSamples) {
     PopulDNA& sample = five();
-    a.s.TaskNumber = 0;
     sample.evaluate_polymorphism(a.s);
-    expect_p_values_of_whole_samples(sample, a.s, mnd::kNucleotideMutation, 520);
+    expect_p_values_of_whole_samples(sample, a.s, 8);
 }
 
-TEST_F(Tajima, PValuesOfRestrictionSitesAreThoseOfWholeSamples) {
-    AnalysedSamples<PopulRFLP> rflp(haplotypic(mnd::RFLP, 0));
-    PopulRFLP& sample = rflp.add("Lake",
-                                 "h1 3 0000011010\n"
-                                 "h2 2 0110011010\n"
-                                 "h3 1 1111011010\n"
-                                 "h4 1 0011111010\n"
-                                 "h5 2 0110011011\n");
-    rflp.prepare();
-    sample.build_arbitrary_haplotype();
-    sample.evaluate_polymorphism(rflp.s);
-    expect_p_values_of_whole_samples(sample, rflp.s, mnd::kBinaryMutation, 520);
+TEST_F(TajimaReplicates, OfRestrictionSitesAreWholeSamples) {
+    expect_p_values_of_whole_samples(nine(), rflp.s, 10);
+}
+
+// theta is that of a sequence: sites that the sample can't use do not make its sequences shorter.
+TEST_F(TajimaReplicates, HaveTheSitesThatTheSampleCannotUse) {
+    PopulDNA& sample = gappy();
+    ASSERT_EQ(sample.nb_usable_loci, kUsableSites);
+    const std::string text = expect_p_values_of_whole_samples(sample, a.s, kSites);
+    // Of 28 pairs sites 0 and 7 divide 7, sites 2 and 15 divide 12, and site 11, without the copy that
+    // has a gap there, 6.
+    EXPECT_TRUE(contains(text,
+                         "No. of sites with substitutions (S)   : 5\n"
+                         "Mean No. of pairwise differences (Pi) : 1.57143\n"));
+    const PlainPValues shorter = plain_p_values(sample, a.s, kUsableSites);
+    EXPECT_NE(shorter.P, sample.tajima_p);
+}
+
+// A gap in some haplotypes is no difference, and does not make them shorter either.
+TEST_F(TajimaReplicates, OfRestrictionSitesHaveThoseWithGaps) {
+    PopulRFLP& sample = compared(rflp,
+                                 "h1 3 00-0-110\n"
+                                 "h2 2 01-0-110\n"
+                                 "h3 2 11-00110\n");
+    ASSERT_EQ(sample.nb_usable_loci, 7);
+    ASSERT_EQ(sample.nb_del_sites, 1);
+    // Of 21 pairs site 0 divides 10, and site 1 divides 12.
+    EXPECT_TRUE(contains(expect_p_values_of_whole_samples(sample, rflp.s, 8),
+                         "No. of segregating sites (S)          : 2\n"
+                         "Mean No. of pairwise differences (Pi) : 1.04762\n"));
+}
+
+// In the sample the transversion of site 2 counts 0.5, and the transitions of sites 3, 4 and 5 count 2,
+// in 6 of 10 pairs each: pi = 6 (0.5 + 6)/10. In its replicates all count once.
+TEST_F(TajimaReplicates, HaveNoWeights) {
+    PopulDNA& sample = five();
+    sample.ts_weight = a.s.TransitionWeight = 2.0;
+    sample.tv_weight = a.s.TranversionWeight = 0.5;
+    sample.evaluate_polymorphism(a.s);
+    const std::string text = expect_p_values_of_whole_samples(sample, a.s, 8);
+    EXPECT_TRUE(contains(text,
+                         "No. of sites with substitutions (S)   : 4\n"
+                         "Mean No. of pairwise differences (Pi) : 3.90000\n"));
 }
 
 TEST_F(Tajima, OfRestrictionSitesHasItsOwnLabel) {
-    AnalysedSamples<PopulRFLP> rflp(haplotypic(mnd::RFLP, 0));
     rflp.s.NumSimulFuTest = 0;
     rflp.add("Lake", "h1 3 00110\nh2 2 01100\n");
     rflp.prepare();
@@ -366,34 +432,12 @@ TEST_F(Tajima, SimulationsEndWhenTheRunIsStopped) {
     EXPECT_EQ(taken, 57);
 }
 
-template <class Sample>
-void expect_no_sequence_model(int data_type, const std::string& lines) {
-    AnalysedSamples<Sample> a(haplotypic(data_type, ' '));
-    a.add("Lake", lines);
-    a.prepare();
-    mnd::reset_draws_taken();
-    const std::string document = a.analyse(kTaskTajima);
-    EXPECT_TRUE(contains(document,
-                         "== Tajima's test of selective neutrality : (Lake)\n"
-                         "=================================================\n\n"
-                         "Tajima's test cannot be computed \n"
-                         "without DNA sequences or RFLP haplotypes\n\n"));
-    EXPECT_EQ(mnd::draws_taken(), 0U);
-}
-
 TEST_F(Tajima, NeedsSequences) {
-    expect_no_sequence_model<mnd::PopulStandard>(mnd::STANDARD, "h1 2 x\nh2 1 y\n");
-    expect_no_sequence_model<mnd::PopulStandard>(mnd::FREQUENCY, "h1 2\nh2 1\n");
-    expect_no_sequence_model<mnd::PopulMicrosat>(mnd::MICROSAT, "h1 2 10\nh2 1 11\n");
+    expect_sequences_are_needed(kTaskTajima, "Tajima's test");
 }
 
 TEST_F(Tajima, WritesARowOfTheBatchSummary) {
-    const mnd_test::TempFolder folder;
-    std::ofstream summary(folder / "tajima.sum");
-    mnd::ofs_tajima = &summary;
-    char* const before = mnd::settings::input_file;
-    std::string project = "dir/lakes.mnp";
-    mnd::settings::input_file = project.data();
+    mnd_test::BatchSummary summary(&mnd::ofs_tajima);
     PopulDNA& sample = five();
     a.add("Pond", "p1 3 AACC\n");
     a.prepare();
@@ -410,14 +454,21 @@ TEST_F(Tajima, WritesARowOfTheBatchSummary) {
     report.mean_D = -0.125;
     report.P_not_positive = 0.5;
     write_tajima_row(sample, report);
-    mnd::ofs_tajima = nullptr;
-    mnd::settings::input_file = before;
-    summary.close();
-    EXPECT_EQ(
-        mnd_test::read_text(folder / "tajima.sum"),
-        "\"dir/lakes.mnp\"\t\"Lake\"\t5\t4\t2.40000\t1.92000\t1.64070\tN.A.\tN.A.\tN.A.\t0\n"
-        "\"dir/lakes.mnp\"\t\"Pond\"\t3\t0\t0.00000\t0.00000\t0.00000\tN.A.\tN.A.\tN.A.\t0\n"
-        "\"dir/lakes.mnp\"\t\"Lake\"\t5\t4\t2.40000\t1.92000\t1.50000\t0.25000\t-0.12500\t0.50000\t1000\n");
+    EXPECT_EQ(summary.rows(),
+              "\"Lake\"\t5\t4\t2.40000\t1.92000\t1.64070\tN.A.\tN.A.\tN.A.\t0\n"
+              "\"Pond\"\t3\t0\t0.00000\t0.00000\t0.00000\tN.A.\tN.A.\tN.A.\t0\n"
+              "\"Lake\"\t5\t4\t2.40000\t1.92000\t1.50000\t0.25000\t-0.12500\t0.50000\t1000\n");
+}
+
+TEST_F(Tajima, AStoppedRunHasNoRow) {
+    mnd_test::BatchSummary summary(&mnd::ofs_tajima);
+    PopulDNA& sample = five();
+    sample.evaluate_polymorphism(a.s);
+    a.s.NumSimulFuTest = 100;
+    a.s.stop_computations = 1;
+    std::ostringstream out;
+    tajima_test(sample, a.s, out);
+    EXPECT_EQ(summary.rows(), "");
 }
 
 }  // namespace
