@@ -1,51 +1,24 @@
 // Assignment of individuals as a user starts it: real projects in, documents out.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 
+#include "support/project_runs.h"
 #include "support/temp_folder.h"
 
 namespace {
 
 using mnd_test::contains;
 using mnd_test::count_of;
-using mnd_test::read_text;
-using mnd_test::write_text;
 
-namespace fs = std::filesystem;
-
-class AssignmentRuns : public ::testing::Test {
+class AssignmentRuns : public mnd_test::ProjectRuns {
 protected:
-    // Analyses a project under a seed; `settings` come before the lines of every run.
+    // Analyses a project of the test data under a seed; the lines of settings stand first.
     std::string analyse(const std::string& project, const std::string& settings,
                         const char* ending = ".htm") {
-        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"));
-        write_text(folder / "s.mns",
-                   settings +
-                       "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
-                       "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n"
-                       "InitialConditionsEM=10\nMaximumNumOfIterationsEM=1000\n");
-        const std::string command = "cd '" + folder.path().string() +
-                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
-                                    ".mnp s.mns run_silent > stdout.txt 2> stderr.txt";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
-        document_ = (folder / (project + ".res/" + project + ending)).string();
-        return read_text(document_);
+        return run_project(project, settings + "InitialConditionsEM=10\nMaximumNumOfIterationsEM=1000\n",
+                           ending, "run_silent");
     }
-    std::string log(const std::string& project) const {
-        return read_text(folder / (project + ".res/Mendrake_log.txt"));
-    }
-    bool is_well_formed() const {
-        return std::system(("xmllint --noout '" + document_ + "' 2>/dev/null").c_str()) == 0;
-    }
-
-    mnd_test::TempFolder folder;
-
-private:
-    std::string document_;
 };
 
 // The numbers below come from a program of a few lines apart from this one, which counts alleles by
@@ -93,7 +66,7 @@ TEST_F(AssignmentRuns, TypesOfTwoClassesWithTheirHeterozygosity) {
 TEST_F(AssignmentRuns, HaplotypesAreNotAssigned) {
     const std::string document = analyse("influenza_small", "TaskNumber=32768\n");
     EXPECT_FALSE(contains(document, "== LIKELIHOOD"));
-    EXPECT_TRUE(contains(log("influenza_small"),
+    EXPECT_TRUE(contains(log(),
                          "   !!!The computation of the likelihood of all individuals in each\n"
                          "      population is only possible for Genotypic data \n"
                          "      skipping the task...\n"));

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "support/project_runs.h"
 #include "support/temp_folder.h"
 #include "support/text_files.h"
 
@@ -18,7 +19,6 @@ namespace {
 using mnd_test::contains;
 using mnd_test::count_of;
 using mnd_test::read_text;
-using mnd_test::write_text;
 
 namespace fs = std::filesystem;
 
@@ -27,34 +27,13 @@ constexpr char kAllEstimates[] =
     "InitialConditionsEM=5\nMaximumNumOfIterationsEM=2000\nNumBootstrapReplicatesEM=4\n"
     "NumInitCondBootstrapEM=1\nEMUseZipper=1\nEMNumZipRandOrders=2\nEMWinSize=3\n";
 
-class GenotypeRuns : public ::testing::Test {
+class GenotypeRuns : public mnd_test::ProjectRuns {
 protected:
     // Analyses a project of the test data under a seed.
     std::string analyse(const std::string& project, const std::string& settings,
                         const char* ending = ".htm") {
-        fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"),
-                      fs::copy_options::overwrite_existing);
-        write_text(
-            folder / "s.mns",
-            settings +
-                "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
-                "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n");
-        const std::string command = "cd '" + folder.path().string() +
-                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + project +
-                                    ".mnp s.mns run_silent > stdout.txt 2> stderr.txt";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(read_text(folder / "stderr.txt"), "");
-        document_ = (folder / (project + ".res/" + project + ending)).string();
-        return read_text(document_);
+        return run_project(project, settings, ending, "run_silent");
     }
-    bool is_well_formed() const {
-        return std::system(("xmllint --noout '" + document_ + "' 2>/dev/null").c_str()) == 0;
-    }
-
-    mnd_test::TempFolder folder;
-
-private:
-    std::string document_;
 };
 
 // --- What the project says: counts of alleles per locus of a sample

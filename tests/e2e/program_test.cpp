@@ -58,6 +58,7 @@ std::string settings_text(int tasks, bool xml) {
 }
 
 constexpr int kDiversityTasks = 1 + 2 + 2048;
+constexpr int kFuTask = 16384;
 
 // A project of two samples of three gene copies.
 std::string small_project(const std::string& first_name = "North", const std::string& second_name = "South") {
@@ -112,6 +113,16 @@ TEST_F(Program, EndOfRunLineEndsInTwoParentheses) {
     ASSERT_NE(at, std::string::npos);
     const std::string line = document.substr(at, document.find('\n', at) - at);
     EXPECT_EQ(line.substr(line.size() - 2), "))");
+}
+
+// The table is made within a step of the analysis of a sample, whose line of the log is then open.
+TEST_F(Program, LogTellsOfTheTableOfBNumbersOnALineOfItsOwn) {
+    copy_data("woodmouse.mnp");
+    write("s.mns", "NumSimulFuTest=10\n" + settings_text(kFuTask, false));
+    EXPECT_EQ(start("woodmouse.mnp s.mns").errors, "");
+    const std::string log = log_of("woodmouse");
+    EXPECT_TRUE(contains(log, "\n\tComputing Fu's Fs test...\n\t\tComputing BMat ...\t\tdone ! (")) << log;
+    EXPECT_TRUE(contains(log, " ms)\n done in ")) << log;
 }
 
 TEST_F(Program, SilentRunShowsNoProgress) {

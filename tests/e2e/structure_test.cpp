@@ -1,12 +1,11 @@
 // Comparisons of samples as a user starts them: real projects in, documents out.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 
+#include "support/project_runs.h"
 #include "support/temp_folder.h"
 #include "support/text_files.h"
 
@@ -19,37 +18,16 @@ using mnd_test::write_text;
 
 namespace fs = std::filesystem;
 
-class StructureRuns : public ::testing::Test {
+class StructureRuns : public mnd_test::ProjectRuns {
 protected:
-    // Starts the program under seed 5; what it says on standard error is returned.
-    std::string start(const std::string& arguments) {
-        const std::string command = "cd '" + folder.path().string() +
-                                    "' && MENDCORE_SEED=5 '" MENDCORE_BINARY "' " + arguments +
-                                    " run_silent > stdout.txt 2> stderr.txt";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return read_text(folder / "stderr.txt");
-    }
     // Analyses a project of the test data. The lines of settings come before those of the rest.
     std::string analyse(const std::string& project, const std::string& settings,
                         const char* ending = ".htm") {
-        if (!fs::exists(folder / (project + ".mnp")))
-            fs::copy_file(fs::path(MENDCORE_TEST_DATA) / (project + ".mnp"), folder / (project + ".mnp"));
-        write_text(folder / "s.mns",
-                   settings +
-                       "DeletionWeight=1.0\nTransitionWeight=1.0\nTranversionWeight=1.0\n"
-                       "AllowedLevelOfMissingData=0.05\nEpsilonValue=0.0000001\nFrequencyThreshold=0.00001\n"
-                       "MarkovChainDememorisationStepsLD=1000\nMarkovChainDememorisationStepsHW=1000\n"
-                       "FSTSignifLevel=0.05\n");
-        EXPECT_EQ(start(project + ".mnp s.mns"), "");
-        const std::string path = project + ".res/" + project + ending;
-        document_file = (folder / path).string();
-        return read_text(folder / path);
-    }
-    bool is_well_formed() const {
-        return std::system(("xmllint --noout '" + document_file + "' 2>/dev/null").c_str()) == 0;
-    }
-    std::string log_of(const std::string& project) {
-        return read_text(folder / (project + ".res/Mendrake_log.txt"));
+        return run_project(project,
+                           settings +
+                               "MarkovChainDememorisationStepsLD=1000\n"
+                               "MarkovChainDememorisationStepsHW=1000\nFSTSignifLevel=0.05\n",
+                           ending, "run_silent");
     }
     static std::string part_from(const std::string& text, const std::string& begin) {
         const std::size_t at = text.find(begin);
@@ -60,9 +38,6 @@ protected:
         const std::string rest = part_from(text, begin);
         return rest.substr(0, rest.find(end));
     }
-
-    mnd_test::TempFolder folder;
-    std::string document_file;
 };
 
 constexpr char kAmova[] = "TaskNumber=512\nHaplAMOVA=1\nNumPermutationsAMOVA=0\n";
@@ -223,7 +198,7 @@ TEST_F(StructureRuns, NullDistributionsAreKeptWhenTheRunFileAsks) {
                "ComputeDistanceMatrixAMOVA=1\nKeepNullDistrib=1\n"
                "AllowedLevelOfMissingData=0.05\n");
     write_text(folder / "mnd_run.txt", "\nuse_interf_settings\ninfluenza_small.mnp\n0\n1\nend\n");
-    EXPECT_EQ(start(""), "");
+    EXPECT_EQ(start("run_silent"), "");
     int files = 0;
     for (const auto& entry : fs::directory_iterator(folder / "influenza_small.res"))
         files += entry.path().extension() == ".va" || entry.path().extension() == ".vb" ||
@@ -262,7 +237,7 @@ TEST_F(StructureRuns, BrokenGroupsAndMatricesFailTheirProjectOnly) {
     for (const char* name : {"group", "quote", "value", "row", "label", "good"})
         run += std::string(name) + ".mnp\n0\n0\n";
     write_text(folder / "mnd_run.txt", run + "end\n");
-    const std::string errors = start("");
+    const std::string errors = start("run_silent");
     EXPECT_EQ(count_of(errors, "the genetic structure can't be read"), 2) << errors;
     EXPECT_EQ(count_of(errors, "the distance matrix can't be read"), 2) << errors;
     EXPECT_TRUE(contains(log_of("group"), "\tError: Sample \"Season 1999\" defined in Group #1 on line 263"));
