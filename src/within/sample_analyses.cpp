@@ -27,6 +27,7 @@
 #include "within/mismatch_analyses.h"
 #include "within/mismatch_tables.h"
 #include "within/neutrality_tables.h"
+#include "within/replicate_progress.h"
 #include "within/sample_distances.h"
 #include "within/sample_network.h"
 #include "within/tajima.h"
@@ -374,14 +375,20 @@ private:
     }
 
     void tajima() {
-        if (!has_sequences("Tajima's test cannot be computed \n")) return;
+        if (!has_sequences("Tajima's test cannot be computed \n")) {
+            kSequenceTestProgress.skip(s_.NumSimulFuTest);
+            return;
+        }
         if constexpr (kIsSequence<Sample>) tajima_test(sample_, s_, out_);
         out_ << '\n';
         cite(out_, {Citation::Tajima_1989});
     }
 
     void fu_fs() {
-        if (!has_sequences("Fu's Fs test cannot be computed \n")) return;
+        if (!has_sequences("Fu's Fs test cannot be computed \n")) {
+            kSequenceTestProgress.skip(s_.NumSimulFuTest);
+            return;
+        }
         if constexpr (kIsSequence<Sample>) fu_test(sample_, s_, out_);
         out_ << '\n';
         cite(out_, {Citation::Fu_1997});
@@ -401,13 +408,18 @@ private:
     }
 
     void ewens_watterson() {
-        if (!has_known_haplotypes("Ewens-Watterson tests cannot be computed \n")) return;
+        if (!has_known_haplotypes("Ewens-Watterson tests cannot be computed \n")) {
+            kAlleleTestProgress.skip(s_.NumIterationsNeutralityTests);
+            return;
+        }
         if constexpr (kIsMicrosat<Sample>) {
+            kAlleleTestProgress.skip(s_.NumIterationsNeutralityTests);
             print_no_infinite_alleles(out_, kEwensWattersonWarning);
         } else {
             MY_TISArrayAsVector<AHaplFreq> alleles(sample_.hapl_list.count + 1, 1);
             list_of_counts(sample_, alleles);
             if (std::is_same_v<Sample, PopulStandard> && alleles.count < 2) {
+                kAlleleTestProgress.skip(s_.NumIterationsNeutralityTests);
                 print_single_haplotype(out_, kEwensWattersonWarning);
                 write_ewens_watterson_row(sample_, AlleleCountFault::kOneAllele);
             } else {

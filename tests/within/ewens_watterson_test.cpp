@@ -578,11 +578,14 @@ TEST_F(EwensWatterson, HasItsHeadingAndItsReferences) {
 TEST_F(EwensWatterson, ASingleStandardHaplotypeGetsAWarning) {
     a.add("Lake", "h1 2 x\n");
     a.prepare();
+    a.s.NumIterationsNeutralityTests = 200;
+    mnd::settings::global_work_done = 0.0;
     const std::string document = a.analyse(kTaskEwensWatterson);
     EXPECT_TRUE(contains(document,
                          "Warning: Ewens-Watterson's test of selective neutrality cannot be performed \n"
                          "when there is a single haplotype in the sample. Skipping task...\n"));
     EXPECT_FALSE(contains(document, "The test is impossible"));
+    EXPECT_EQ(mnd::settings::global_work_done, 2.0);  // as planned
 }
 
 TEST_F(EwensWatterson, ASingleSequenceIsToldOnlyOneAllele) {
@@ -599,6 +602,8 @@ TEST_F(EwensWatterson, MicrosatellitesAreNotTested) {
     AnalysedSamples<mnd::PopulMicrosat> microsat(haplotypic(mnd::MICROSAT, ' '));
     microsat.add("Lake", "h1 2 10\nh2 1 11\n");
     microsat.prepare();
+    microsat.s.NumIterationsNeutralityTests = 200;
+    mnd::settings::global_work_done = 0.0;
     mnd::reset_draws_taken();
     const std::string document = microsat.analyse(kTaskEwensWatterson | mnd::kTaskChakraborty);
     EXPECT_TRUE(contains(document,
@@ -608,6 +613,7 @@ TEST_F(EwensWatterson, MicrosatellitesAreNotTested) {
                          "Warning: Ewens-Watterson's test of selective neutrality cannot be performed \n"
                          "for microsatellite data. Skipping task...\n"));
     EXPECT_EQ(mnd::draws_taken(), 0U);
+    EXPECT_EQ(mnd::settings::global_work_done, 2.0);  // as planned
 }
 
 // Frequencies without haplotype data are all that the test needs.

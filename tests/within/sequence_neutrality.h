@@ -84,6 +84,8 @@ protected:
         AnalysedSamples<Sample> other(haplotypic(data_type, ' '));
         other.add("Lake", lines);
         other.prepare();
+        other.s.NumSimulFuTest = 100;
+        mnd::settings::global_work_done = 0.0;
         mnd::reset_draws_taken();
         const std::string heading = "== " + name + " of selective neutrality : (Lake)";
         EXPECT_TRUE(contains(other.analyse(task), heading + '\n' + std::string(heading.size(), '=') + "\n\n" +
@@ -91,6 +93,7 @@ protected:
                                                       " cannot be computed \n"
                                                       "without DNA sequences or RFLP haplotypes\n\n"));
         EXPECT_EQ(mnd::draws_taken(), 0U);
+        EXPECT_EQ(mnd::settings::global_work_done, 2.0);  // as planned
     }
     static void expect_sequences_are_needed(long task, const std::string& name) {
         expect_no_sequences<mnd::PopulStandard>(mnd::STANDARD, "h1 2 x\nh2 1 y\n", task, name);
