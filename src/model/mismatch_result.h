@@ -33,9 +33,16 @@ struct ExpansionFit {
     ParameterPercentiles m_percentiles;
 };
 
+// Largest difference of a distribution that is held as tables, of 17 million classes.
+inline constexpr int kMostTabledDifferences = 1 << 23;
+
 // The distribution of differences between pairs of gene copies, written by compute_mm_distr.
+//
+// Moments and raggedness are those of all pairs, however large the differences. The tables, and with
+// them the chi-square test and last_expected_class, are there when max_diff is 1 to
+// kMostTabledDifferences and memory suffices; otherwise the tables are empty and those fields 0.
 struct MismatchResult {
-    std::vector<std::int64_t> mm_counts;  // owned: pairs by difference, 2 max_diff + 1 classes
+    std::vector<std::int64_t> mm_counts;  // owned: pairs by difference, 2 max_diff + 1 classes, or none
     std::vector<double> mm_expected;      // owned: what the moment estimates expect, as long
     int max_diff = 0;                     // integer part of the largest difference
     int last_expected_class = 0;          // last class with more than 1e-05 expected pairs

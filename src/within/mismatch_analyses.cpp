@@ -1,6 +1,8 @@
 #include "within/mismatch_analyses.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <numeric>
 #include <vector>
 
 #include "model/popul_dna.h"
@@ -25,9 +27,12 @@ struct Distribution {
     long total = 0;
 
     // Slot `pairs` + 1 is that above the last possible class.
-    explicit Distribution(ann_missmatch& fit)
+    Distribution(ann_missmatch& fit, std::ostream& out)
         : diff(static_cast<std::size_t>(fit.pairs) + 10), freq(diff), fitted(diff) {
         fit.read_mismatch_pop(diff.data(), freq.data(), count, total);
+        const std::vector<std::int64_t>& counts = fit.pop->mm_counts;
+        const std::int64_t all = std::accumulate(counts.begin(), counts.end(), std::int64_t{0});
+        if (all > total) print_pairs_left_out(out, all - total, total, count - 2);
         diff[static_cast<std::size_t>(fit.pairs) + 1] = fit.pairs;
         if (total <= 0) return;
         for (double& f : freq)
@@ -46,7 +51,7 @@ struct Distribution {
 }  // namespace
 
 bool ann_missmatch::solve_least_square_rh(std::basic_fstream<char>& out) {
-    Distribution data(*this);
+    Distribution data(*this, out);
     if (data.total <= 0) return true;
     hook_jeeves_rh(data.diff.data(), data.freq.data(), data.count, max_steps, epsilon);
     fitted = true;
@@ -63,7 +68,7 @@ bool ann_missmatch::solve_least_square_rh(std::basic_fstream<char>& out) {
 }
 
 bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_3_par(std::basic_fstream<char>& out) {
-    Distribution data(*this);
+    Distribution data(*this, out);
     M = kStartOfM;
     if (data.total <= 0) return true;
     hook_jeeves_spatial_exp_3_par(data.diff.data(), data.freq.data(), data.count, max_steps, epsilon);
@@ -81,7 +86,7 @@ bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_3_par(std::b
 }
 
 bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_4_par(std::basic_fstream<char>& out) {
-    Distribution data(*this);
+    Distribution data(*this, out);
     M = kStartOfM;
     if (data.total <= 0) return true;
     hook_jeeves_spatial_exp_4_par(data.diff.data(), data.freq.data(), data.count, max_steps, epsilon);
@@ -111,7 +116,7 @@ int fit_sudden_expansion(PopGenetics& sample, settings& s, std::basic_fstream<ch
     prepare_fit(fit, sample, s);
     if (!fit.solve_least_square_rh(out)) return 0;
     sample.sudden_expansion = fit.result();
-    write_mismatch_row(sample);
+    if (fit.fitted) write_mismatch_row(sample);
     return 1;
 }
 
@@ -120,7 +125,7 @@ bool fit_spatial_4(PopGenetics& sample, settings& s, std::basic_fstream<char>& o
     prepare_fit(fit, sample, s);
     if (!fit.solve_least_square_spatial_expansion_4_par(out)) return false;
     sample.spatial_expansion_4 = fit.result();
-    write_mismatch_sp4_row(sample);
+    if (fit.fitted) write_mismatch_sp4_row(sample);
     return true;
 }
 
@@ -129,7 +134,7 @@ bool fit_spatial_3(PopGenetics& sample, settings& s, std::basic_fstream<char>& o
     prepare_fit(fit, sample, s);
     if (!fit.solve_least_square_spatial_expansion_3_par(out)) return false;
     sample.spatial_expansion_3 = fit.result();
-    write_mismatch_sp3_row(sample);
+    if (fit.fitted) write_mismatch_sp3_row(sample);
     return true;
 }
 
@@ -164,8 +169,16 @@ int PopulRFLP::est_spatial_mis(settings* s, std::basic_fstream<char>& out) {
 
 namespace {
 
-bool allows_fit(const PopGenetics& sample) {
-    return sample.mm_variance > kLeastMismatchVariance;
+// A fit needs a variance, and the table of the classes. Without, the document says why.
+bool allows_fit(std::ostream& out, const PopGenetics& sample) {
+    if (!(sample.mm_variance > kLeastMismatchVariance)) {
+        print_variance_too_small(out);
+        return false;
+    }
+    if (!sample.mm_counts.empty()) return true;
+    out << '\n';
+    print_no_classes(out, sample);
+    return false;
 }
 
 template <class Sample>
@@ -175,22 +188,12 @@ bool fit_models(Sample& sample, settings& s, std::basic_fstream<char>& out) {
         print_mismatch_distribution(out, sample);
         return true;
     }
-    if (s.MismatchDemogExp) {
-        print_sudden_heading(out);
-        print_observed_moments(out, sample);
-        if (!allows_fit(sample)) {
-            print_variance_too_small(out);
-        } else if (sample.est_demog_mis(&s, out) == 0) {
-            return false;
-        }
-    }
+    if (s.MismatchDemogExp) print_sudden_heading(out);
+    print_observed_moments(out, sample);
+    if (!allows_fit(out, sample)) return true;
+    if (s.MismatchDemogExp && sample.est_demog_mis(&s, out) == 0) return false;
     if (s.stopped()) return false;
-    if (s.MismatchSpatialExp) {
-        if (!s.MismatchDemogExp) print_observed_moments(out, sample);
-        if (allows_fit(sample)) return sample.est_spatial_mis(&s, out) != 0;
-        if (!s.MismatchDemogExp) print_variance_too_small(out);
-    }
-    return true;
+    return !s.MismatchSpatialExp || sample.est_spatial_mis(&s, out) != 0;
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 // The distribution of pairwise differences of a sample, its moments and how well they fit.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <iomanip>
+#include <limits>
 #include <new>
 #include <vector>
 
@@ -16,9 +18,8 @@ namespace mnd {
 namespace {
 
 constexpr const char* kReporter = "PopGenetics::compute_mm_distr()";
-constexpr double kLeastExpected = 1e-05;   // of a class that counts as expected
-constexpr double kLeastOfTest = 5.0;       // expected pairs of a class of the chi-square test
-constexpr int kMostDifferences = 1 << 23;  // beyond: more memory than a distribution is worth
+constexpr double kLeastExpected = 1e-05;  // of a class that counts as expected
+constexpr double kLeastOfTest = 5.0;      // expected pairs of a class of the chi-square test
 
 void reset_chi_square(MismatchResult& result) {
     result.mm_chi2 = result.mm_chi2_p = 0.0;
@@ -29,9 +30,79 @@ void reset_moments(MismatchResult& result) {
     result.mm_mean = result.mm_variance = result.mm_theta = result.mm_tau = result.mm_raggedness = 0.0;
 }
 
+// Classes as tables, 0 .. 2 max_diff.
+class TabledClasses {
+public:
+    explicit TabledClasses(std::vector<std::int64_t>& counts) : counts_(counts) {}
+
+    // Distances that are not finite, or below 0, have no class.
+    void add(double d, std::int64_t pairs) {
+        if (!(d >= 0.0) || d >= static_cast<double>(counts_.size())) return;
+        counts_[static_cast<std::size_t>(d)] += pairs;
+    }
+
+    // Calls visit(i, pairs) for the classes 0 .. top that have pairs, in ascending order.
+    template <class Visit>
+    void for_each(int top, const Visit& visit) {
+        for (std::size_t i = 0; i <= static_cast<std::size_t>(top); ++i) {
+            if (counts_[i] != 0) visit(static_cast<double>(i), counts_[i]);
+        }
+    }
+
+private:
+    std::vector<std::int64_t>& counts_;
+};
+
+// Classes as a list of those that have pairs, which differences of any size leave short: no longer
+// than twice their number.
+class ListedClasses {
+public:
+    void add(double d, std::int64_t pairs) {
+        if (!(d >= 0.0) || !std::isfinite(d) || pairs == 0) return;
+        if (list_.size() >= merge_at_) merge();
+        list_.push_back({std::trunc(d), pairs});
+    }
+
+    // A top that is as large as an int can be stands for any larger one.
+    template <class Visit>
+    void for_each(int top, const Visit& visit) {
+        merge();
+        for (const Listed& c : list_) {
+            if (c.difference <= static_cast<double>(top) || top == std::numeric_limits<int>::max())
+                visit(c.difference, c.pairs);
+        }
+    }
+
+private:
+    struct Listed {
+        double difference;  // a whole number
+        std::int64_t pairs;
+    };
+
+    // Sorts the list and leaves one entry per class.
+    void merge() {
+        std::sort(list_.begin(), list_.end(),
+                  [](const Listed& a, const Listed& b) { return a.difference < b.difference; });
+        std::size_t kept = 0;
+        for (const Listed& c : list_) {
+            if (kept > 0 && list_[kept - 1].difference == c.difference) {
+                list_[kept - 1].pairs += c.pairs;
+            } else {
+                list_[kept++] = c;
+            }
+        }
+        list_.resize(kept);
+        merge_at_ = std::max(merge_at_, 2 * kept);
+    }
+
+    std::vector<Listed> list_;
+    std::size_t merge_at_ = 4096;
+};
+
+template <class Classes>
 class MismatchCounter {
 public:
-    explicit MismatchCounter(PopGenetics& sample) : sample_(sample) {}
+    MismatchCounter(const PopGenetics& sample, Classes& classes) : sample_(sample), classes_(classes) {}
 
     // Pairs of haplotypes, with the counts of both.
     void count_haplotypes() {
@@ -39,8 +110,8 @@ public:
         for (int h = 0; h < n; ++h) {
             const std::int64_t copies = copies_of(h);
             for (int g = 0; g < h; ++g)
-                add(distance(h, g), copies * copies_of(g));
-            add(distance(h, h), copies * (copies - 1) / 2);
+                classes_.add(distance(h, g), copies * copies_of(g));
+            classes_.add(distance(h, h), copies * (copies - 1) / 2);
         }
     }
 
@@ -64,7 +135,7 @@ private:
             const double d = distance(h, g);
             for (std::int64_t copy = 0; copy < copies; ++copy) {
                 out << std::setw(6) << d;
-                add(d, 1);
+                classes_.add(d, 1);
             }
         }
         out << '\n';
@@ -73,40 +144,64 @@ private:
     std::int64_t copies_of(int h) const { return sample_.hapl_list[h]->freq; }
     double distance(int h, int g) const { return sample_.dist_mat->data[h][g]; }
 
-    // Distances that are not finite, or below 0, have no class.
-    void add(double d, std::int64_t pairs) {
-        if (!(d >= 0.0) || d >= static_cast<double>(sample_.mm_counts.size())) return;
-        sample_.mm_counts[static_cast<std::size_t>(d)] += pairs;
-    }
-
-    PopGenetics& sample_;
+    const PopGenetics& sample_;
+    Classes& classes_;
 };
 
-// Pairs, their sum of differences and of squares; moments and raggedness of the classes.
-std::int64_t compute_moments(MismatchResult& result) {
-    const auto top = static_cast<std::size_t>(result.max_diff);
-    std::int64_t total = 0;
-    double s1 = 0.0;
-    double s2 = 0.0;
-    double steps = 0.0;
-    for (std::size_t i = 0; i <= top; ++i) {
-        const auto c = static_cast<double>(result.mm_counts[i]);
-        total += result.mm_counts[i];
-        s1 += static_cast<double>(i) * c;
-        s2 += static_cast<double>(i) * static_cast<double>(i) * c;
-        if (i > 0) {
-            const double step = c - static_cast<double>(result.mm_counts[i - 1]);
-            steps += step * step;
+// Sums over the classes of a distribution, of which those with pairs are added in ascending order.
+class MomentSums {
+public:
+    void add(double i, std::int64_t pairs) {
+        const auto c = static_cast<double>(pairs);
+        total_ += pairs;
+        s1_ += i * c;
+        s2_ += i * i * c;
+        if (i > last_ + 1.0) {
+            add_step(last_count_);  // down to the empty classes, then up from them
+            last_count_ = 0.0;
         }
+        if (i > 0.0) add_step(c - last_count_);
+        last_ = i;
+        last_count_ = c;
     }
-    reset_moments(result);
-    if (total <= 0) return 0;
-    const auto n = static_cast<double>(total);
-    const auto last = static_cast<double>(result.mm_counts[top]);
-    result.mm_raggedness = (steps + last * last) / (n * n);
-    result.mm_mean = s1 / n;
-    result.mm_variance = total <= 1 ? 0.0 : (s2 - s1 * s1 / n) / (n - 1.0);
-    return total;
+
+    // Moments and raggedness; that has the step down from the last class with pairs, be the last
+    // class of all that one or an empty one.
+    void write(MismatchResult& result) const {
+        reset_moments(result);
+        if (total_ <= 0) return;
+        const auto n = static_cast<double>(total_);
+        result.mm_raggedness = (steps_ + last_count_ * last_count_) / (n * n);
+        result.mm_mean = s1_ / n;
+        result.mm_variance = total_ <= 1 ? 0.0 : (s2_ - s1_ * s1_ / n) / (n - 1.0);
+    }
+
+    std::int64_t total() const { return total_; }
+
+private:
+    void add_step(double step) { steps_ += step * step; }
+
+    std::int64_t total_ = 0;
+    double s1_ = 0.0;
+    double s2_ = 0.0;
+    double steps_ = 0.0;
+    double last_ = -1.0;  // class before the first one, which is no step
+    double last_count_ = 0.0;
+};
+
+// Counts the pairs and writes the moments of their classes. Returns: their number
+template <class Classes>
+std::int64_t count_pairs(PopGenetics& sample, Classes classes, std::basic_fstream<char>& out) {
+    MismatchCounter counter(sample, classes);
+    if (out.is_open()) {
+        counter.count_copies(out);
+    } else {
+        counter.count_haplotypes();
+    }
+    MomentSums sums;
+    classes.for_each(sample.max_diff, [&](double i, std::int64_t pairs) { sums.add(i, pairs); });
+    sums.write(sample);
+    return sums.total();
 }
 
 void estimate_from_moments(MismatchResult& result) {
@@ -140,37 +235,21 @@ void compute_expected(MismatchResult& result, double total) {
     }
 }
 
-// Moves classes with too few expected pairs into the first class of their run, until that has
-// enough; what stays below is emptied.
-void merge_classes(std::vector<double>& expected, std::vector<double>& observed) {
-    std::size_t first = 0;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        if (i == first) {
-            if (expected[i] >= kLeastOfTest) first = i + 1;
-            continue;
-        }
-        expected[first] += expected[i];
-        observed[first] += observed[i];
-        expected[i] = observed[i] = 0.0;
-        if (expected[first] >= kLeastOfTest) first = i + 1;
-    }
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        if (expected[i] < kLeastOfTest) expected[i] = observed[i] = 0.0;
-    }
-}
-
+// Chi-square of the classes, from the first one on merged into runs that each have enough expected
+// pairs; classes behind the last such run are left out.
 void test_fit(MismatchResult& result) {
     reset_chi_square(result);
     if (result.last_expected_class == 0) return;
-    std::vector<double> expected = result.mm_expected;
-    std::vector<double> observed(result.mm_counts.begin(), result.mm_counts.end());
-    merge_classes(expected, observed);
     int k = 0;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        if (expected[i] <= 1.0) continue;
-        const double deviation = expected[i] - observed[i];
-        result.mm_chi2 += deviation * deviation / expected[i];
+    double expected = 0.0;
+    double observed = 0.0;
+    for (std::size_t i = 0; i < result.mm_expected.size(); ++i) {
+        expected += result.mm_expected[i];
+        observed += static_cast<double>(result.mm_counts[i]);
+        if (!(expected >= kLeastOfTest)) continue;
+        result.mm_chi2 += (expected - observed) * (expected - observed) / expected;
         ++k;
+        expected = observed = 0.0;
     }
     result.mm_chi2_df = k - 2;
     result.mm_chi2_p = result.mm_chi2_df < 1 ? -1.0
@@ -178,16 +257,35 @@ void test_fit(MismatchResult& result) {
                                                               static_cast<float>(result.mm_chi2));
 }
 
-bool make_classes(MismatchResult& result) {
+// Returns: false, with empty tables, when the classes are too many or do not fit into memory
+bool make_tables(MismatchResult& result) {
+    if (result.max_diff > kMostTabledDifferences) return false;
     try {
-        if (result.max_diff > kMostDifferences) throw std::bad_alloc();
         const std::size_t classes = 2 * static_cast<std::size_t>(result.max_diff) + 1;
         result.mm_counts.assign(classes, 0);
         result.mm_expected.assign(classes, 0.0);
         return true;
     } catch (const std::bad_alloc&) {
-        result.mm_counts.clear();
-        result.mm_expected.clear();
+        std::vector<std::int64_t>().swap(result.mm_counts);
+        std::vector<double>().swap(result.mm_expected);
+        return false;
+    }
+}
+
+// Returns: false after a report
+bool compute_distribution(PopGenetics& sample, std::basic_fstream<char>& out) {
+    if (make_tables(sample)) {
+        const std::int64_t total = count_pairs(sample, TabledClasses(sample.mm_counts), out);
+        estimate_from_moments(sample);
+        compute_expected(sample, static_cast<double>(total));
+        test_fit(sample);
+        return true;
+    }
+    try {
+        count_pairs(sample, ListedClasses(), out);
+        estimate_from_moments(sample);
+        return true;
+    } catch (const std::bad_alloc&) {
         report(Memory, kReporter, kNotEnoughMemory);
         return false;
     }
@@ -210,17 +308,7 @@ int PopGenetics::compute_mm_distr(std::basic_fstream<char>& out, settings&) {
         report(Error, "PopGenetics::compute_mm_distr(ofstream ofs)", kDistanceMatrixDoesNotExist);
         return 0;
     }
-    if (!make_classes(*this)) return 0;
-    if (out.is_open()) {
-        MismatchCounter(*this).count_copies(out);
-    } else {
-        MismatchCounter(*this).count_haplotypes();
-    }
-    const std::int64_t total = compute_moments(*this);
-    estimate_from_moments(*this);
-    compute_expected(*this, static_cast<double>(total));
-    test_fit(*this);
-    return 1;
+    return compute_distribution(*this, out) ? 1 : 0;
 }
 
 }  // namespace mnd

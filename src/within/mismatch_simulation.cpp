@@ -27,12 +27,22 @@ MutationModel mutation_model(double mu, int sites, double alpha, double transiti
     return model;
 }
 
-// Size after the expansion in the simulations. Founders are at least one of the N individuals: beyond
-// N Theta0 a larger size would make them more, without end for a size that the data do not bound. A
-// size of 99999 or more is as good as endless: almost no pair coalesces after the expansion.
-double simulated_theta1(double theta0, double theta1, int N) {
-    constexpr double kEndless = 99999.0;
-    return std::min(theta1, std::max(kEndless, N * theta0));
+// Largest theta of the founders in a simulation. Their genealogy carries about theta ln n mutations: at
+// this bound a replicate of 100 copies has some 40 000 of them and takes 20 to 30 ms. A search that a
+// flat sum of squares lets run away may ask for 1e15, which would never end. All but a few of the
+// 400 sites then differ between any two founders, so that a larger theta would show nothing else.
+constexpr double kMostFounderTheta = 1e4;
+
+// Sizes of a sudden expansion that can be simulated. The founders' theta is Theta0, but they are at
+// least one of the N individuals, which makes it Theta1 / N when that is larger.
+struct SuddenSizes {
+    double theta1;
+    double growth;  // founders over the present size
+};
+
+SuddenSizes sudden_sizes(double theta0, double theta1, int N) {
+    const double simulated = std::min(theta1, N * kMostFounderTheta);
+    return {simulated, std::max(1.0 / N, std::min(theta0, kMostFounderTheta) / simulated)};
 }
 
 }  // namespace
@@ -45,9 +55,8 @@ void ann_missmatch::begin_simulations() {
 int ann_missmatch::simulate_miss(double* diff, double* freq, int& count) {
     if (!(Theta1 > 0.0)) return 0;
     if (simulated_ == nullptr) begin_simulations();
-    const double theta1 = simulated_theta1(Theta0, Theta1, N);
+    const auto [theta1, growth] = sudden_sizes(Theta0, Theta1, N);
     const double mu = theta1 / 2.0 / N;
-    const double growth = std::max(1.0 / N, Theta0 / theta1);
     const double T = Tau / 2.0 / (mu * N);
     pop->fast_simulate_sample_exp(*simulated_, mutation_model(mu, m1, -1.0, transition_rate), T, growth, N);
     m2 = 0;
@@ -58,9 +67,10 @@ int ann_missmatch::simulate_miss(double* diff, double* freq, int& count) {
 int mismatchSpatialExpansion::simulate_spatial_exp(double* diff, double* freq, int& count) {
     if (!(Theta1 > 0.0)) return 0;
     if (simulated_ == nullptr) begin_simulations();
-    const double mu = Theta1 / 2.0 / N;
+    const double theta = std::min(Theta1, kMostFounderTheta);
+    const double mu = theta / 2.0 / N;
     const double D = M / 2.0;
-    const double T = Tau / Theta1;
+    const double T = Tau / theta;
     pop->fast_simulate_range_exp(*simulated_, mutation_model(mu, m1, -1.0, transition_rate), T, D, N);
     calc_mismatch(diff, freq, static_cast<int>(pop->sample_size), count);
     return 1;

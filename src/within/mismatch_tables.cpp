@@ -6,6 +6,7 @@
 #include <iomanip>
 #include <numeric>
 
+#include "foundation/data_type.h"
 #include "foundation/format_guard.h"
 #include "model/population.h"
 #include "results/citations.h"
@@ -45,7 +46,7 @@ std::string rule(char c, const char* text) {
     std::size_t length = 0;
     for (const char* p = text; *p != '\0'; ++p)
         length += *p != '\n' ? 1 : 0;
-    return std::string(length, c) + '\n';
+    return std::string(length, c);
 }
 
 constexpr double kWidestFixed = 1e10;  // from there on a column takes a number in scientific form only
@@ -123,7 +124,7 @@ void print_moment_fit(std::ostream& out, const PopGenetics& sample) {
 
 void print_moment_table(std::ostream& out, const PopGenetics& sample) {
     const FormatGuard guard(out);
-    out << '\n' << rule('-', kFitTitles) << kFitTitles;
+    out << '\n' << rule('-', kFitTitles) << '\n' << kFitTitles;
     set_class_format(out);
     const int last = std::clamp(std::max(sample.last_expected_class, sample.max_diff), 0,
                                 static_cast<int>(sample.mm_counts.size()) - 1);
@@ -144,24 +145,43 @@ void print_mismatch_distribution(std::ostream& out, const PopGenetics& sample) {
     print_observed_moments(out, sample);
     print_value(out, "\nTheta_0                             : ", sample.mm_theta);
     print_value(out, "\nTau                                 : ", sample.mm_tau);
-    if (sample.mm_counts.empty()) {
-        out << "\n\nAll gene copies are identical.\n";
-        return;
+    if (sample.max_diff == 0) {
+        out << (sample.hapl_list.count > 1 ? "\n\nNo pair of gene copies has a distance of 1 or more.\n"
+                                           : "\n\nAll gene copies are identical.\n");
+    } else {
+        print_moment_fit(out, sample);
+        if (sample.mm_counts.empty()) {
+            print_no_classes(out, sample);
+        } else {
+            print_moment_table(out, sample);
+        }
     }
-    print_moment_fit(out, sample);
-    print_moment_table(out, sample);
+    const int type = sample.profile.DataType;
+    if (type != DNA && type != RFLP)
+        out << "\nModels of expansion are fitted to DNA sequences and RFLP haplotypes only.\n";
 }
 
 // --- Headings and estimates
 
 void print_sudden_heading(std::ostream& out) {
     const std::string stars = rule('*', kSuddenHeading);
-    out << "\n\n" << stars.substr(0, stars.size() - 1) << '\n' << kSuddenHeading << '\n' << stars;
+    out << "\n\n" << stars << '\n' << kSuddenHeading << '\n' << stars;
 }
 
 void print_variance_too_small(std::ostream& out) {
     out << "\n\n    The variance of the mismatch distribution is to small,\n"
-        << "    no demographic parameters can be estimated.\n";
+        << "    no demographic parameters can be estimated.";
+}
+
+void print_no_classes(std::ostream& out, const PopGenetics& sample) {
+    out << "\nThe classes up to " << sample.max_diff
+        << " differences are too many for a table: no model is fitted to them, and no fit is tested.\n";
+}
+
+void print_pairs_left_out(std::ostream& out, std::int64_t left_out, std::int64_t total, int last_class) {
+    out << "\n\nPairs with more than " << last_class << " differences do not enter the fit: " << left_out
+        << " of " << left_out + total << '\n';
+    if (total == 0) out << "No demographic parameters can be estimated.\n";
 }
 
 void print_no_spatial_model(std::ostream& out, int num_params) {
@@ -177,12 +197,11 @@ void print_sudden_estimates(std::ostream& out, const ann_missmatch& fit) {
         out << "\nLeast-square procedure to fit expected and observed"
             << "\nmismatch distribution did not converge after " << fit.max_steps << "steps \n";
     }
-    out << '\n';
 }
 
 void print_spatial_estimates_3(std::ostream& out, const mismatchSpatialExpansion& fit) {
     const std::string line = rule('=', kSpatial3Heading);
-    out << "\n\n" << line << kSpatial3Heading << line;
+    out << "\n\n" << line << '\n' << kSpatial3Heading << line << '\n';
     if (fit.not_converged != 0) {
         out << "\nLeast-square procedure to fit expected to observed mismatch distribution\n"
             << "did not converge after " << fit.max_steps << " steps\n";
@@ -190,11 +209,10 @@ void print_spatial_estimates_3(std::ostream& out, const mismatchSpatialExpansion
     print_value(out, "\nTau                                 : ", fit.Tau);
     print_value(out, "\nTheta                               : ", fit.Theta1);
     print_value(out, "\nM                                   : ", fit.M);
-    out << '\n';
 }
 
 void print_spatial_estimates_4(std::ostream& out, const mismatchSpatialExpansion& fit) {
-    out << kSpatial4Heading << rule('=', kSpatial4Heading);
+    out << kSpatial4Heading;
     if (fit.not_converged != 0) {
         out << "\nLeast square procedure to fit model mismatch distribution\n"
             << "and observed distribution did not converge after " << fit.max_steps << "steps\n";
@@ -203,12 +221,11 @@ void print_spatial_estimates_4(std::ostream& out, const mismatchSpatialExpansion
     print_value(out, "\nTheta0                              : ", fit.Theta0);
     print_value(out, "\nTheta1                              : ", fit.Theta1);
     print_value(out, "\nM                                   : ", fit.M);
-    out << '\n';
 }
 
 void print_fit_table(std::ostream& out, const char* titles, const FitTable& table) {
     const FormatGuard guard(out);
-    out << '\n' << rule('-', kFitTitles) << titles;
+    out << '\n' << rule('-', kFitTitles) << '\n' << titles;
     set_class_format(out);
     const auto total = static_cast<double>(table.total);
     for (int k = 1; k <= table.count; ++k)
@@ -219,16 +236,17 @@ void print_fit_table(std::ostream& out, const char* titles, const FitTable& tabl
 
 namespace {
 
-void print_goodness_of_fit(std::ostream& out, const ExpansionFit& fit, int kept) {
+void print_goodness_of_fit(std::ostream& out, const ReplicateBlock& block, const ExpansionFit& fit,
+                           int kept) {
     const FormatGuard guard(out);
     out << std::fixed << std::right << std::setprecision(8);
     const bool tested = kept > 0;
-    out << "\nTest of goodness-of-fit:"
-        << "\n------------------------\n"
-        << "\n         Sum of Squared deviation: " << std::setw(kFitWidth) << Cell{fit.ssd}
+    out << "\nTest of goodness-of-fit:";
+    if (block.region_heading == nullptr) out << "\n------------------------\n";
+    out << "\n         Sum of Squared deviation: " << std::setw(kFitWidth) << Cell{fit.ssd}
         << "\n          P(Sim. Ssd >= Obs. Ssd): " << std::setw(kFitWidth) << Cell{fit.p_ssd, tested}
         << "\n    Harpending's Raggedness index: " << std::setw(kFitWidth) << Cell{fit.rag}
-        << "\n        P(Sim. Rag. >= Obs. Rag.): " << std::setw(kFitWidth) << Cell{fit.p_rag, tested} << '\n';
+        << "\n        P(Sim. Rag. >= Obs. Rag.): " << std::setw(kFitWidth) << Cell{fit.p_rag, tested};
 }
 
 void print_simulated_classes(std::ostream& out, const ReplicateBlock& block, const ReplicateResults& results,
@@ -293,7 +311,7 @@ void print_region(std::ostream& out, const ReplicateBlock& block, const Replicat
 
 void print_replicates(std::ostream& out, const ReplicateBlock& block, const ExpansionFit& fit,
                       const ReplicateResults& results, const FitTable& table, int asked) {
-    print_goodness_of_fit(out, fit, results.kept);
+    print_goodness_of_fit(out, block, fit, results.kept);
     if (results.kept == 0) {
         out << "\nThe fit converged in none of " << asked
             << " replicates: there are no P-values and no confidence intervals.\n";
@@ -329,7 +347,13 @@ void cite_mismatch(std::ostream& out, bool sudden, bool spatial) {
 
 namespace {
 
-void write_row(std::ofstream* file, const PopGenetics& sample, const std::vector<double>& parameters) {
+// Pairs of the classes 0 .. max_diff, with a tab before each; nothing when there is no table.
+void write_classes(std::ostream& out, const PopGenetics& sample) {
+    for (int i = 0; i <= sample.max_diff && i < static_cast<int>(sample.mm_counts.size()); ++i)
+        out << '\t' << sample.mm_counts[static_cast<std::size_t>(i)];
+}
+
+void write_row(std::ofstream* file, const PopGenetics& sample, std::initializer_list<double> parameters) {
     if (file == nullptr) return;
     const FormatGuard guard(*file);
     const char* const project = settings::input_file;
@@ -340,8 +364,7 @@ void write_row(std::ofstream* file, const PopGenetics& sample, const std::vector
           << sample.mm_variance;
     for (const double value : parameters)
         *file << '\t' << Cell{value};
-    for (int i = 0; i <= sample.max_diff && i < static_cast<int>(sample.mm_counts.size()); ++i)
-        *file << '\t' << sample.mm_counts[static_cast<std::size_t>(i)];
+    write_classes(*file, sample);
     *file << std::endl;
 }
 
@@ -349,8 +372,7 @@ void write_row(std::ofstream* file, const PopGenetics& sample, const std::vector
 
 void write_mismatch_row(const PopGenetics& sample) {
     const ExpansionFit& fit = sample.sudden_expansion;
-    write_row(ofs_mismatch, sample,
-              {fit.Theta0, fit.Tau, fit.Theta1, fit.ssd, fit.p_ssd, fit.rag, fit.p_rag});
+    write_row(ofs_mismatch, sample, {fit.Theta0, fit.Tau});
 }
 
 void write_mismatch_sp3_row(const PopGenetics& sample) {

@@ -1,6 +1,7 @@
 // The mismatch distribution in the result document and in the batch summaries.
 #pragma once
 
+#include <cstdint>
 #include <fstream>
 #include <ostream>
 #include <string>
@@ -34,11 +35,12 @@ struct IntervalRow {
     const std::vector<double>* replicates;  // not owned: sorted
 };
 
-// Words of a block of replicates in which the models differ.
+// Words of a block of replicates in which the models differ: that of a sudden expansion has a rule
+// under the title of its test, that of a spatial one a heading over each region.
 struct ReplicateBlock {
     const char* table_tag;
     const char* region_tag;
-    const char* region_heading;  // null: none
+    const char* region_heading;  // null: a sudden expansion
     std::string sample;
     std::vector<IntervalRow> rows;
 };
@@ -51,6 +53,10 @@ void print_sudden_heading(std::ostream& out);
 void print_observed_moments(std::ostream& out, const PopGenetics& sample);
 // In place of a fit.
 void print_variance_too_small(std::ostream& out);
+void print_no_classes(std::ostream& out, const PopGenetics& sample);
+// Beside a fit, or in place of one when no pair enters it.
+//   total   pairs that enter it, of which none has more than last_class differences
+void print_pairs_left_out(std::ostream& out, std::int64_t left_out, std::int64_t total, int last_class);
 void print_no_spatial_model(std::ostream& out, int num_params);
 
 // Estimates, and whether the search failed to end; for a spatial expansion, under their heading.
@@ -71,10 +77,11 @@ void print_replicates(std::ostream& out, const ReplicateBlock& block, const Expa
 // Publications of the methods.
 void cite_mismatch(std::ostream& out, bool sudden, bool spatial);
 
-// Batch summaries; null while they are not asked for. not owned. A row has the names of project and
-// sample in double quotes, then behind tabs distance, gamma a, mean and variance, the parameters,
-// and the pairs of each class from 0 differences on.
-extern std::ofstream* ofs_mismatch;       // "mismatch.sum": Theta0, Tau, Theta1, SSD, P, raggedness, P
+// Batch summaries; null while they are not asked for. not owned. A row has a column for each of the
+// header of its file: the names of project and sample in double quotes, then distance, gamma a, mean
+// and variance of the distribution, the parameters, and the pairs of each class from 0 differences on
+// (none where these are too many for a table). Tabs separate them.
+extern std::ofstream* ofs_mismatch;       // "mismatch.sum": Theta0, Tau; Theta1 is in the document
 extern std::ofstream* ofs_mismatch_sp3;   // "mismatch_sp3.sum": Tau, Theta, M
 extern std::ofstream* ofs_mismatch_sp4;   // "mismatch_sp4.sum": Theta0, Tau, Theta1, M
 extern std::ofstream* ofs_only_mismatch;  // "only_mismatch_sp.txt": the classes alone

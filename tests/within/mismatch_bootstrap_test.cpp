@@ -18,7 +18,6 @@
 #include "within/analysed_sample.h"
 #include "within/mismatch_fit.h"
 #include "within/mismatch_spatial.h"
-#include "within/mismatch_tables.h"
 
 namespace {
 
@@ -137,7 +136,7 @@ TEST_F(Bootstrap, WritesThisBlock) {
                          "\n         Sum of Squared deviation: 0.30000000"
                          "\n          P(Sim. Ssd >= Obs. Ssd): 0.50000000"
                          "\n    Harpending's Raggedness index: 0.25000000"
-                         "\n        P(Sim. Rag. >= Obs. Rag.): 1.00000000\n"
+                         "\n        P(Sim. Rag. >= Obs. Rag.): 1.00000000"
                          "\nMismatch distributions:\n"
                          "        #Diff     Observed    Simulated   Model Freq.\n"
                          "            0          5.0          5.0          4.0\n"
@@ -337,22 +336,6 @@ TEST_F(Bootstrap, WithoutASizeNothingIsSimulated) {
     EXPECT_EQ(mnd::draws_taken(), draws);
 }
 
-// An endless size would make the single founder that is the least carry mutations without end.
-TEST_F(Bootstrap, AnEndlessSizeIsSimulatedInTime) {
-    sample.sample_size = 20;
-    ann_missmatch fit(&sample, &s);
-    fit.sample_size = 20;
-    fit.init_data(1e-07, 1e20, 4.0, 1.0);
-    std::vector<double> d(60), f(60);
-    int classes = 40;
-    double mean = 0.0;
-    for (int i = 0; i < 200; ++i) {
-        ASSERT_EQ(fit.simulate_miss(d.data(), f.data(), classes), 1);
-        mean += ann_missmatch::calc_mean_mssm(d.data(), f.data(), classes);
-    }
-    EXPECT_NEAR(mean / 200.0, 4.0, 0.15);
-}
-
 TEST_F(Bootstrap, AnotherNumberOfCopiesIsSaidInTheLog) {
     ann_missmatch fit(&sample, &s);
     fit.sample_size = 4;
@@ -416,7 +399,7 @@ TEST_F(MismatchStep, FitsASuddenExpansion) {
     EXPECT_TRUE(contains(text,
                          "\n\n******************************************************"
                          "\nParameters estimated under the sudden expansion model:"
-                         "\n******************************************************\n"
+                         "\n******************************************************"
                          "\n\nMismatch observed mean              : "));
     EXPECT_TRUE(contains(text, "\nTau                                 : "));
     EXPECT_TRUE(contains(text, "\nTheta0                              : "));
@@ -555,26 +538,6 @@ TEST_F(MismatchStep, AndTestsOfNeutralityKeepTheirSimulationsApart) {
     EXPECT_EQ(of_tasks(mnd::kTaskTajima | mnd::kTaskFuFs, mnd::kTaskMismatch), mismatch);
     EXPECT_TRUE(reports.all().empty());
     EXPECT_TRUE(contains(mismatch, "Based on "));
-}
-
-TEST_F(MismatchStep, WritesRowsOfTheBatchSummaries) {
-    mnd_test::TempFolder folder;
-    std::ofstream sudden(folder / "mismatch.sum"), three(folder / "sp3.sum"), four(folder / "sp4.sum");
-    mnd::ofs_mismatch = &sudden;
-    mnd::ofs_mismatch_sp3 = &three;
-    mnd::ofs_mismatch_sp4 = &four;
-    Step<mnd::PopulDNA> step;
-    step.a.s.MismatchDemogExp = step.a.s.MismatchSpatialExp = true;
-    step.a.s.MismatchSpatialExpNumParams = 2;
-    step.run();
-    mnd::ofs_mismatch = mnd::ofs_mismatch_sp3 = mnd::ofs_mismatch_sp4 = nullptr;
-    // Two names, four values and the classes 0 .. 5, with 7, 3 and 4 parameters between them.
-    const int classes = step.sample().max_diff + 1;
-    EXPECT_EQ(count_of(mnd_test::read_text(folder / "mismatch.sum"), "\t"), 5 + 7 + classes);
-    EXPECT_EQ(count_of(mnd_test::read_text(folder / "sp3.sum"), "\t"), 5 + 3 + classes);
-    EXPECT_EQ(count_of(mnd_test::read_text(folder / "sp4.sum"), "\t"), 5 + 4 + classes);
-    EXPECT_TRUE(
-        contains(mnd_test::read_text(folder / "sp3.sum"), "\"Lake\"\tPairwise difference\t0.00000\t"));
 }
 
 }  // namespace

@@ -2,9 +2,12 @@
 
 #include <cmath>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "foundation/random.h"
 #include "foundation/special_functions.h"
 #include "model/popul_dna.h"
 #include "run/settings.h"
@@ -197,13 +200,126 @@ TEST_F(MismatchDistribution, WithoutAMatrixIsAnError) {
               (std::vector<Report>{{mnd::Error, "PopGenetics::compute_mm_distr(ofstream ofs)", 122}}));
 }
 
-TEST_F(MismatchDistribution, OfEndlessDifferencesIsRefused) {
-    Sample sample = three_haplotypes();
-    compute(sample.sample);
-    sample.sample.max_dist = 2000000000;
+// --- Differences that are too many for tables
+
+// Distances between three haplotypes with 2, 1 and 3 copies: 1 pair of the first alike, 3 of the third.
+// The class of each distance lies at `step` times what it is among three_haplotypes.
+struct SpreadSample : Sample {
+    SpreadSample(double step, int largest) : Sample({"AAAA", "AAAC", "CCAA"}, {2, 1, 3}) {
+        sample.dist_mat = std::make_unique<mnd::RectMat>(3, 3);
+        sample.nb_hapl = 3;
+        sample.dist_mat->data[1][0] = step;
+        sample.dist_mat->data[2][0] = 2.0 * step + 0.75;
+        sample.dist_mat->data[2][1] = 3.0 * step;
+        sample.max_dist = largest;
+    }
+};
+
+// Total 15, S1 = 23 step, S2 = 53 step^2 as above. All classes lie apart: raggedness
+// (4^2 down from class 0, 2 2^2 + 2 6^2 up and down, 3^2 up and 3^2 behind the last)/225 = 114/225.
+class SpreadDistribution : public MismatchDistribution, public ::testing::WithParamInterface<int> {};
+
+TEST_P(SpreadDistribution, HasItsMomentsAtAnySize) {
+    const double step = GetParam();
+    SpreadSample sample(step, 3 * GetParam());
     CapturedReports reports;
-    EXPECT_EQ(sample.sample.compute_mm_distr(unopened, s), 0);
-    EXPECT_EQ(reports.all(), (std::vector<Report>{{mnd::Memory, "PopGenetics::compute_mm_distr()", 0}}));
+    ASSERT_EQ(sample.sample.compute_mm_distr(unopened, s), 1);
+    EXPECT_TRUE(reports.all().empty());
+    EXPECT_EQ(sample.sample.max_diff, 3 * GetParam());
+    EXPECT_DOUBLE_EQ(sample.sample.mm_mean, 23.0 * step / 15.0);
+    EXPECT_NEAR(sample.sample.mm_variance / (step * step), (53.0 - 529.0 / 15.0) / 14.0, 1e-14);
+    EXPECT_DOUBLE_EQ(sample.sample.mm_raggedness, 114.0 / 225.0);
+    const bool tabled = sample.sample.max_diff <= mnd::kMostTabledDifferences;
+    EXPECT_EQ(sample.sample.mm_counts.empty(), !tabled);
+    EXPECT_EQ(sample.sample.mm_expected.empty(), !tabled);
+}
+
+INSTANTIATE_TEST_SUITE_P(Steps, SpreadDistribution,
+                         ::testing::Values(2, 1000, 2796202, 2796203, 400000000, 715827882));
+
+// The estimates come from the moments; what needs a table stays 0.
+TEST_F(MismatchDistribution, TooLargeForTablesHasEstimatesAndNoTest) {
+    SpreadSample sample(500000000.0, 1500000000);
+    ASSERT_EQ(sample.sample.compute_mm_distr(unopened, s), 1);
+    const double mean = sample.sample.mm_mean;
+    EXPECT_DOUBLE_EQ(sample.sample.mm_theta, std::sqrt(sample.sample.mm_variance - mean));
+    EXPECT_DOUBLE_EQ(sample.sample.mm_tau, mean - sample.sample.mm_theta);
+    EXPECT_EQ(sample.sample.mm_chi2, 0.0);
+    EXPECT_EQ(sample.sample.mm_chi2_p, 0.0);
+    EXPECT_EQ(sample.sample.mm_chi2_df, 0);
+    EXPECT_EQ(sample.sample.last_expected_class, 0);
+}
+
+// Neighbouring classes take one step between them, beyond the tables too: 2 pairs in one class and 1 in
+// the next give (2^2 up, 1 between them, 1 behind the last)/9.
+TEST_F(MismatchDistribution, TooLargeForTablesKnowsNeighbours) {
+    Sample sample({"A", "C", "G"});
+    sample.sample.dist_mat = std::make_unique<mnd::RectMat>(3, 3);
+    sample.sample.nb_hapl = 3;
+    sample.sample.dist_mat->data[1][0] = sample.sample.dist_mat->data[2][1] = 1e9;
+    sample.sample.dist_mat->data[2][0] = 1e9 + 1.0;
+    sample.sample.max_dist = 1000000001;
+    ASSERT_EQ(sample.sample.compute_mm_distr(unopened, s), 1);
+    EXPECT_DOUBLE_EQ(sample.sample.mm_raggedness, 6.0 / 9.0);
+}
+
+// Identical sums, to the last bit: the largest difference of one sample is such that it has tables,
+// that of the other, which has no more pairs, is beyond.
+TEST_F(MismatchDistribution, WithAndWithoutTablesAreTheSame) {
+    long idum = -12345;
+    mnd::ran3(&idum);
+    for (int round = 0; round < 30; ++round) {
+        const int n = 30;
+        std::vector<std::string> texts(static_cast<std::size_t>(n), "A");
+        std::vector<int> copies;
+        for (int h = 0; h < n; ++h)
+            copies.push_back(1 + static_cast<int>(4.0 * mnd::ran3()));
+        Sample tabled(texts, copies);
+        Sample listed(texts, copies);
+        const double range = round % 2 == 0 ? 12.0 : 3000.0;
+        for (mnd::PopulDNA* sample : {&tabled.sample, &listed.sample}) {
+            sample->dist_mat = std::make_unique<mnd::RectMat>(n, n);
+            sample->nb_hapl = n;
+        }
+        for (int i = 0; i < n; ++i) {
+            for (int j = 0; j < i; ++j)
+                tabled.sample.dist_mat->data[i][j] = listed.sample.dist_mat->data[i][j] = range * mnd::ran3();
+        }
+        tabled.sample.max_dist = static_cast<int>(range);
+        listed.sample.max_dist = 2000000000;
+        ASSERT_EQ(tabled.sample.compute_mm_distr(unopened, s), 1);
+        ASSERT_EQ(listed.sample.compute_mm_distr(unopened, s), 1);
+        ASSERT_FALSE(tabled.sample.mm_counts.empty());
+        ASSERT_TRUE(listed.sample.mm_counts.empty());
+        EXPECT_EQ(listed.sample.mm_mean, tabled.sample.mm_mean);
+        EXPECT_EQ(listed.sample.mm_variance, tabled.sample.mm_variance);
+        EXPECT_EQ(listed.sample.mm_raggedness, tabled.sample.mm_raggedness);
+        EXPECT_EQ(listed.sample.mm_theta, tabled.sample.mm_theta);
+        EXPECT_EQ(listed.sample.mm_tau, tabled.sample.mm_tau);
+    }
+}
+
+// A distance that is larger than any int has its own class, though max_diff can't say so.
+TEST_F(MismatchDistribution, DifferencesBeyondAnIntKeepTheirMoments) {
+    SpreadSample sample(1e12, std::numeric_limits<int>::max());
+    ASSERT_EQ(sample.sample.compute_mm_distr(unopened, s), 1);
+    EXPECT_DOUBLE_EQ(sample.sample.mm_mean, 23e12 / 15.0);
+}
+
+TEST_F(MismatchDistribution, TooLargeForTablesPrintsItsPairsToo) {
+    SpreadSample sample(1e9, 2000000000);
+    sample.sample.dist_mat->data[2][1] = 2e9;
+    mnd_test::TempFolder folder;
+    std::fstream file(folder / "pairs.txt", std::ios::out);
+    ASSERT_EQ(sample.sample.compute_mm_distr(file, s), 1);
+    file.close();
+    EXPECT_EQ(mnd_test::read_text(folder / "pairs.txt").substr(0, 33),
+              "\n   0.0\n1000000000.01000000000.0\n");
+    SpreadSample silent(1e9, 2000000000);
+    silent.sample.dist_mat->data[2][1] = 2e9;
+    ASSERT_EQ(silent.sample.compute_mm_distr(unopened, s), 1);
+    EXPECT_EQ(silent.sample.mm_mean, sample.sample.mm_mean);
+    EXPECT_EQ(silent.sample.mm_raggedness, sample.sample.mm_raggedness);
 }
 
 }  // namespace
