@@ -176,6 +176,10 @@ TEST(FuFs, TellsASmallSumFromANegativeOne) {
 
 // --- The test of a sample
 
+constexpr auto test_of_fu = [](auto& sample, mnd::settings& s, std::ostream& out) {
+    fu_test(sample, s, out);
+};
+
 class Fu : public mnd_test::SequenceNeutrality {
 protected:
     // 6 copies of 4 alleles, which differ at three sites with substitutions and one with an indel:
@@ -316,29 +320,16 @@ TEST_F(Fu, NeedsTwoGenes) {
     EXPECT_EQ(summary.rows(), "\"Lake\"\t1\t1\t1\tN.A.\t1.00000\t0.00000\tN.A.\t0\n");
 }
 
-// Haplotypes without a usable site have no distances.
 TEST_F(Fu, WithoutDistancesHasNoPValueButARow) {
-    const CapturedReports reports;
     mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
-    rflp.s.NumSimulFuTest = 100;
-    PopulRFLP& sample = compared(rflp, "h1 2 ??\nh2 3 ??\n");
-    sample.fu_Fs = sample.fu_p = 0.5;
-    sample.nb_orig_hapl = 3;
-    mnd::settings::global_work_done = 0.0;
-    mnd::reset_draws_taken();
-    std::ostringstream out;
-    fu_test(sample, rflp.s, out);
-    EXPECT_EQ(out.str(),
-              "The test is impossible because the distances between the haplotypes could not be computed\n");
-    EXPECT_EQ(summary.rows(), "\"Lake\"\t5\t2\t3\tN.A.\tN.A.\t0.00000\tN.A.\t0\n");
+    const PopulRFLP& sample = expect_no_distances(test_of_fu);
+    EXPECT_EQ(summary.rows(), "\"Lake\"\t5\t2\t2\tN.A.\tN.A.\t0.00000\tN.A.\t0\n");
     EXPECT_EQ(sample.fu_Fs, 0.0);
     EXPECT_EQ(sample.fu_p, -1.0);
-    EXPECT_EQ(mnd::draws_taken(), 0U);
-    EXPECT_EQ(mnd::settings::global_work_done, 2.0);
 }
 
-// The table of B numbers serves 4999 gene copies. As many of each of two haplotypes, but one: pi = 1
-// for 2499 2500 of 4999 4998/2 pairs.
+// The table of B numbers serves 4999 gene copies. Of two haplotypes that differ at a site: pi is
+// 2499 2500/(4999 4998/2) = 0.50010, and 2500^2/(5000 4999/2) = 0.50010.
 TEST_F(Fu, HasTheLimitOfGeneCopies) {
     const CapturedReports reports;
     mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
@@ -354,17 +345,13 @@ TEST_F(Fu, HasTheLimitOfGeneCopies) {
     EXPECT_TRUE(reports.all().empty());
 
     PopulDNA& refused = compared(a, "h3 2500 AACC\nh4 2500 AACG\n");
-    mnd::settings::global_work_done = 0.0;
-    mnd::reset_draws_taken();
-    std::ostringstream refusal;
-    a.s.NumSimulFuTest = 100;
-    fu_test(refused, a.s, refusal);
-    expect_refused(refusal.str(), "5000", "2");
+    const Run refusal = run(test_of_fu, refused, a.s, 100);
+    expect_refused(refusal.text, "5000", "2");
     EXPECT_EQ(reports.all(), std::vector<Report>{fu_warning(mnd::kTooManyAllelesOrTooLargeSample)});
     EXPECT_EQ(refused.fu_Fs, 0.0);
     EXPECT_EQ(refused.fu_p, -1.0);
-    EXPECT_EQ(mnd::draws_taken(), 0U);
-    EXPECT_EQ(mnd::settings::global_work_done, 2.0);
+    EXPECT_EQ(refusal.draws, 0U);
+    EXPECT_EQ(refusal.work_done, 2.0);  // as planned
     const std::string row_of_refused = "\"Lake\"\t5000\t2\t2\t0.50010\t";
     EXPECT_TRUE(contains(summary.rows(), row_of_refused)) << summary.rows();
     EXPECT_TRUE(contains(summary.rows(), "\tN.A.\tN.A.\t0\n")) << summary.rows();
@@ -379,7 +366,8 @@ TEST_F(Fu, HasTheLimitOfAlleles) {
     std::ostringstream out;
     fu_test(accepted, a.s, out);
     EXPECT_TRUE(contains(out.str(), "Obs. k                       : 999\n"));
-    EXPECT_TRUE(reports.all().empty() || reports.all().front().code != mnd::kTooManyAllelesOrTooLargeSample);
+    for (const Report& report : reports.all())
+        EXPECT_NE(report.code, mnd::kTooManyAllelesOrTooLargeSample);
     const std::size_t before = reports.all().size();
     PopulDNA& refused = compared(a, different_haplotypes(1000));
     std::ostringstream refusal;
@@ -416,7 +404,7 @@ protected:
         double P = 0.0;
         mnd::RunningSums theta;
         mnd::RunningSums k;
-        unsigned long long draws = 0;
+        std::uint64_t draws = 0;
     };
 
     // Of whole samples of this many sites, by theta(Pi) of the sample.
@@ -444,16 +432,10 @@ protected:
     // Returns: what the test writes
     template <class Sample>
     static std::string expect_p_value_of_whole_samples(Sample& sample, mnd::settings& s, int sites) {
-        s.NumSimulFuTest = 520;
-        seed();
-        std::ostringstream out;
-        mnd::settings::global_work_done = 0.0;
-        mnd::reset_draws_taken();
-        fu_test(sample, s, out);
-        const auto draws = mnd::draws_taken();
-        EXPECT_EQ(mnd::settings::global_work_done, 10.0);
+        const Run tested = run(test_of_fu, sample, s, 520);
+        EXPECT_EQ(tested.work_done, 10.0);
         const PlainPValue plain = plain_p_value(sample, s, sites);
-        EXPECT_EQ(plain.draws, draws);
+        EXPECT_EQ(plain.draws, tested.draws);
         EXPECT_EQ(sample.fu_p, plain.P);
         EXPECT_GT(plain.P, 0.0);
         char lines[300];
@@ -465,8 +447,8 @@ protected:
                       "\nS.D. k                       : %.5f"
                       "\nP(sim. Fs &lt;= obs. Fs)        : %.5f\n",
                       plain.theta.mean(), plain.theta.sd(), plain.k.mean(), plain.k.sd(), plain.P);
-        EXPECT_TRUE(contains(out.str(), lines)) << out.str() << lines;
-        return out.str();
+        EXPECT_TRUE(contains(tested.text, lines)) << tested.text << lines;
+        return tested.text;
     }
 };
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <sstream>
 #include <string>
 #include <type_traits>
 
@@ -13,6 +15,7 @@
 #include "model/popul_rflp.h"
 #include "model/popul_standard.h"
 #include "simulation/mutation_model.h"
+#include "support/captured_reports.h"
 #include "support/seeded_stream.h"
 #include "within/analysed_sample.h"
 
@@ -52,6 +55,40 @@ protected:
                         "h3 1 AACCTGGAA-TCAC?T\n"
                         "h4 1 GACCTGGAA-T-ACGT\n"
                         "h5 1 AACC?GGCA-TTACGT\n");
+    }
+
+    // What a test writes and takes.
+    struct Run {
+        std::string text;
+        std::uint64_t draws;
+        double work_done;
+    };
+    // Runs a test from the start of the stream.
+    //   test   is called with the sample, the settings and a stream
+    template <class Sample, class Test>
+    static Run run(Test test, Sample& sample, mnd::settings& s, int num_sim) {
+        s.NumSimulFuTest = num_sim;
+        mnd::settings::global_work_done = 0.0;
+        seed();
+        mnd::reset_draws_taken();
+        std::ostringstream out;
+        test(sample, s, out);
+        return {out.str(), mnd::draws_taken(), mnd::settings::global_work_done};
+    }
+
+    // Haplotypes without a usable site have no distances, and get a text. Returns: the sample
+    template <class Test>
+    mnd::PopulRFLP& expect_no_distances(Test test) {
+        const CapturedReports reports;
+        mnd::PopulRFLP& sample = compared(rflp, "h1 2 ??\nh2 3 ??\n");
+        const Run refused = run(test, sample, rflp.s, 100);
+        EXPECT_EQ(
+            refused.text,
+            "The test is impossible because the distances between the haplotypes could not be computed\n");
+        EXPECT_EQ(refused.draws, 0U);
+        EXPECT_EQ(refused.work_done, 2.0);  // as planned
+        EXPECT_FALSE(reports.all().empty());
+        return sample;
     }
 
     // Each replicate of a test as a whole sample: sequences made, read, compared.

@@ -149,6 +149,10 @@ TEST(RunningSums, GiveMeanAndDeviation) {
 
 // --- The test of a sample
 
+constexpr auto test_of_tajima = [](auto& sample, mnd::settings& s, std::ostream& out) {
+    tajima_test(sample, s, out);
+};
+
 class Tajima : public mnd_test::SequenceNeutrality {
 protected:
     // 5 copies; sites 2 to 5 have substitutions (pi 2), site 6 an indel.
@@ -262,25 +266,13 @@ TEST_F(Tajima, ReplicatesThatAreNotNeededAreWorkDone) {
     EXPECT_EQ(mnd::settings::global_work_done, 10.0);
 }
 
-// Haplotypes without a usable site have no distances. S is known, pi is not.
+// S is known without distances, pi is not.
 TEST_F(Tajima, WithoutDistancesHasNoPValueButARow) {
-    const mnd_test::CapturedReports reports;
     mnd_test::BatchSummary summary(&mnd::ofs_tajima);
-    rflp.s.NumSimulFuTest = 100;
-    PopulRFLP& sample = compared(rflp, "h1 2 ??\nh2 3 ??\n");
-    sample.tajima_D = sample.tajima_p = 0.5;
-    mnd::settings::global_work_done = 0.0;
-    mnd::reset_draws_taken();
-    std::ostringstream out;
-    tajima_test(sample, rflp.s, out);
-    EXPECT_EQ(out.str(),
-              "The test is impossible because the distances between the haplotypes could not be computed\n");
+    const PopulRFLP& sample = expect_no_distances(test_of_tajima);
     EXPECT_EQ(summary.rows(), "\"Lake\"\t5\t0\tN.A.\t0.00000\t0.00000\tN.A.\tN.A.\tN.A.\t0\n");
     EXPECT_EQ(sample.tajima_D, 0.0);
     EXPECT_EQ(sample.tajima_p, -1.0);
-    EXPECT_EQ(mnd::draws_taken(), 0U);
-    EXPECT_EQ(mnd::settings::global_work_done, 2.0);
-    EXPECT_FALSE(reports.all().empty());
 }
 
 // --- P-values
@@ -290,7 +282,7 @@ struct PlainPValues {
     double P = 0.0;
     double P_not_positive = 0.0;
     mnd::RunningSums theta;
-    unsigned long long draws = 0;
+    std::uint64_t draws = 0;
 };
 
 class TajimaReplicates : public Tajima {
@@ -319,16 +311,10 @@ protected:
     // Returns: what the test writes
     template <class Sample>
     static std::string expect_p_values_of_whole_samples(Sample& sample, mnd::settings& s, int sites) {
-        s.NumSimulFuTest = 520;
-        seed();
-        std::ostringstream out;
-        mnd::settings::global_work_done = 0.0;
-        mnd::reset_draws_taken();
-        tajima_test(sample, s, out);
-        const auto draws = mnd::draws_taken();
-        EXPECT_EQ(mnd::settings::global_work_done, 10.0);
+        const Run tested = run(test_of_tajima, sample, s, 520);
+        EXPECT_EQ(tested.work_done, 10.0);
         const PlainPValues plain = plain_p_values(sample, s, sites);
-        EXPECT_EQ(plain.draws, draws);
+        EXPECT_EQ(plain.draws, tested.draws);
         EXPECT_EQ(sample.tajima_p, plain.P);
         char lines[300];
         std::snprintf(lines, sizeof lines,
@@ -337,8 +323,8 @@ protected:
                       "\nP(sim. D &lt;= obs. D)                   : %.5f"
                       "\nP(sim. D &lt;= 0)                        : %.5f\n",
                       plain.theta.mean(), plain.theta.sd(), plain.P, plain.P_not_positive);
-        EXPECT_TRUE(contains(out.str(), lines)) << out.str() << lines;
-        return out.str();
+        EXPECT_TRUE(contains(tested.text, lines)) << tested.text << lines;
+        return tested.text;
     }
 };
 
