@@ -16,8 +16,6 @@ namespace mnd {
 
 namespace {
 
-constexpr const char* kSuddenTable = "        #Diff     Observed    Model Freq.\n";
-constexpr const char* kSpatialTable = "          #Diff     Observed    Model Freq.\n";
 constexpr double kStartOfM = 2.0;
 
 // Distribution of the data with its fit, in arrays that start at 1.
@@ -63,7 +61,7 @@ bool ann_missmatch::solve_least_square_rh(std::basic_fstream<char>& out) {
         return make_bootstrap(data.diff.data(), data.freq.data(), data.fitted.data(), data.count, data.total,
                               out, num_boot);
     num_boot = 0;
-    print_fit_table(out, kSuddenTable, data.table());
+    print_fit_table(out, data.table());
     return true;
 }
 
@@ -81,7 +79,7 @@ bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_3_par(std::b
         return make_bootstrap_spatial_exp(data.diff.data(), data.freq.data(), data.fitted.data(), data.count,
                                           data.total, out, num_boot);
     num_boot = 0;
-    print_fit_table(out, kSpatialTable, data.table());
+    print_spatial_fit_table(out, data.table());
     return true;
 }
 
@@ -96,7 +94,7 @@ bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_4_par(std::b
     num_boot = 0;
     print_spatial_estimates_4(out, *this);
     data.evaluate([this](int i) { return f_i_spatial_exp_4p(i); });
-    print_fit_table(out, kSpatialTable, data.table());
+    print_spatial_fit_table(out, data.table());
     return true;
 }
 
@@ -173,6 +171,7 @@ namespace {
 bool allows_fit(std::ostream& out, const PopGenetics& sample) {
     if (!(sample.mm_variance > kLeastMismatchVariance)) {
         print_variance_too_small(out);
+        out << '\n';
         return false;
     }
     if (!sample.mm_counts.empty()) return true;

@@ -28,7 +28,7 @@ MutationModel mutation_model(double mu, int sites, double alpha, double transiti
 }
 
 // Largest theta of the founders in a simulation. Their genealogy carries about theta ln n mutations: at
-// this bound a replicate of 100 copies has some 40 000 of them and takes 20 to 30 ms. A search that a
+// this bound a replicate of 100 copies has some 40 000 of them and takes about 10 ms. A search that a
 // flat sum of squares lets run away may ask for 1e15, which would never end. All but a few of the
 // 400 sites then differ between any two founders, so that a larger theta would show nothing else.
 constexpr double kMostFounderTheta = 1e4;

@@ -37,6 +37,7 @@ constexpr const char* kSpatial4Heading =
     "\n\nParameters of the spatial expansion assuming different deme size before (theta0) and after "
     "(theta1) expansion\n";
 constexpr const char* kFitTitles = "        #Diff     Observed    Model Freq.\n";
+constexpr const char* kSpatialFitTitles = "          #Diff     Observed    Model Freq.\n";
 constexpr const char* kSimulatedTitles = "        #Diff     Observed    Simulated   Model Freq.\n";
 constexpr const char* kIntervalTitles =
     "                  Variable:       Est. val:     Low. bound:      Up. bound:     Mean Value:\n";
@@ -223,13 +224,26 @@ void print_spatial_estimates_4(std::ostream& out, const mismatchSpatialExpansion
     print_value(out, "\nM                                   : ", fit.M);
 }
 
-void print_fit_table(std::ostream& out, const char* titles, const FitTable& table) {
+namespace {
+
+void print_fit_classes(std::ostream& out, const FitTable& table) {
     const FormatGuard guard(out);
-    out << '\n' << rule('-', kFitTitles) << '\n' << titles;
     set_class_format(out);
     const auto total = static_cast<double>(table.total);
     for (int k = 1; k <= table.count; ++k)
         print_class_row(out, table.diff[k], {table.observed[k] * total, table.expected[k] * total});
+}
+
+}  // namespace
+
+void print_fit_table(std::ostream& out, const FitTable& table) {
+    out << '\n' << rule('-', kFitTitles) << '\n' << kFitTitles;
+    print_fit_classes(out, table);
+}
+
+void print_spatial_fit_table(std::ostream& out, const FitTable& table) {
+    out << '\n' << kSpatialFitTitles;
+    print_fit_classes(out, table);
 }
 
 // --- Replicates
@@ -315,7 +329,7 @@ void print_replicates(std::ostream& out, const ReplicateBlock& block, const Expa
     if (results.kept == 0) {
         out << "\nThe fit converged in none of " << asked
             << " replicates: there are no P-values and no confidence intervals.\n";
-        print_fit_table(out, kFitTitles, table);
+        print_fit_table(out, table);
         return;
     }
     print_simulated_classes(out, block, results, table);

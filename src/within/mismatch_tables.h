@@ -64,8 +64,10 @@ void print_sudden_estimates(std::ostream& out, const ann_missmatch& fit);
 void print_spatial_estimates_3(std::ostream& out, const mismatchSpatialExpansion& fit);
 void print_spatial_estimates_4(std::ostream& out, const mismatchSpatialExpansion& fit);
 
-// Observed and fitted pairs by class, under a line of column titles.
-void print_fit_table(std::ostream& out, const char* titles, const FitTable& table);
+// Observed and fitted pairs by class, under a line of column titles, which has a rule above it but for
+// spatial expansions.
+void print_fit_table(std::ostream& out, const FitTable& table);
+void print_spatial_fit_table(std::ostream& out, const FitTable& table);
 
 // Goodness of fit, simulated classes, percentile intervals and region.
 //   results   sorted

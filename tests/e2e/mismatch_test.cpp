@@ -59,4 +59,40 @@ TEST_F(MismatchRuns, TheXmlDocumentIsWellFormed) {
     EXPECT_TRUE(is_well_formed());
 }
 
+// Every place that the tree of the results opens is one of the document.
+TEST_F(MismatchRuns, TheTreeOpensPlacesOfTheDocument) {
+    for (const char* ending : {".htm", ".xml"}) {
+        const bool xml = std::string(ending) == ".xml";
+        const std::string document =
+            analyse("influenza_small", xml ? "XMLOutput=1\nNumBootExpDem=2\n" : "NumBootExpDem=2\n", ending);
+        const std::string script = mnd_test::read_text(folder / "influenza_small.res" / "influenza_small.js");
+        int links = 0;
+        for (std::size_t at = script.find('#'); at != std::string::npos; at = script.find('#', at + 1)) {
+            const std::string anchor = script.substr(at + 1, script.find('"', at) - at - 1);
+            EXPECT_TRUE(contains(document, "NAME=\"" + anchor + "\"")) << anchor;
+            ++links;
+        }
+        EXPECT_EQ(links, 1 + 1 + 5) << "the run, its settings and five samples";
+    }
+}
+
+TEST_F(MismatchRuns, RestrictionSitesAreFittedByAllModels) {
+    const std::string block = block_of(analyse("binary_rflp", "NumBootExpDem=0\n"));
+    EXPECT_TRUE(contains(block, "Parameters estimated under the sudden expansion model:"));
+    EXPECT_TRUE(contains(block, "Parameters of the spatial expansion assuming different deme size"));
+    EXPECT_TRUE(contains(block, "Parameters of the spatial expansion assuming constant deme size\n"));
+    EXPECT_FALSE(contains(block, "goodness"));
+    EXPECT_FALSE(contains(block, "Confidence"));
+    EXPECT_FALSE(contains(block, "nan"));
+}
+
+TEST_F(MismatchRuns, GenotypesOfUnknownPhaseAreToldThatThereIsNone) {
+    const std::string document = analyse("cats_microsat", "");
+    EXPECT_EQ(count_of(document,
+                       "Mismatch distribution cannot be computed \n"
+                       "in case of genotypic data with unknown gametic phase\n\n"),
+              count_of(document, "== Mismatch distribution : ("));
+    EXPECT_TRUE(contains(document, "== Mismatch distribution : ("));
+}
+
 }  // namespace

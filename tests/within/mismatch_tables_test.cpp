@@ -141,6 +141,22 @@ TEST(MismatchTables, EstimatesEndWithTheirLastNumber) {
         "\nM                                   :        4.000");
 }
 
+TEST(MismatchTables, OnlyTheFitOfASuddenExpansionHasARule) {
+    const Replicates data(0);
+    std::ostringstream sudden, spatial;
+    mnd::print_fit_table(sudden, data.table);
+    EXPECT_EQ(sudden.str(),
+              "\n-----------------------------------------\n"
+              "        #Diff     Observed    Model Freq.\n"
+              "            0          5.0          4.0\n"
+              "            1          5.0          4.0\n");
+    mnd::print_spatial_fit_table(spatial, data.table);
+    EXPECT_EQ(spatial.str(),
+              "\n          #Diff     Observed    Model Freq.\n"
+              "            0          5.0          4.0\n"
+              "            1          5.0          4.0\n");
+}
+
 TEST(MismatchTables, ASearchThatDidNotEndIsSaid) {
     mnd::mismatchSpatialExpansion fit;
     fit.not_converged = 1;
