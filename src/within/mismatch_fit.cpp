@@ -1,7 +1,9 @@
 #include "within/mismatch_fit.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 
 #include "foundation/special_functions.h"
 #include "model/population.h"
@@ -21,14 +23,41 @@ double stable_share(int i, double theta) {
 }
 
 // tau^j / j!
-double poisson_term(int j, double log_tau) {
-    return std::exp(static_cast<double>(static_cast<long double>(j * log_tau) - factlnl(j)));
+double poisson_term(int j, double log_tau, long double log_factorial) {
+    return std::exp(static_cast<double>(static_cast<long double>(j * log_tau) - log_factorial));
+}
+
+// log j! of all classes of a table.
+const std::array<long double, ann_missmatch::kTableSize>& log_factorials() {
+    static const auto kept = [] {
+        std::array<long double, ann_missmatch::kTableSize> values{};
+        for (int j = 0; j < ann_missmatch::kTableSize; ++j)
+            values[static_cast<std::size_t>(j)] = factlnl(j);
+        return values;
+    }();
+    return kept;
+}
+
+void fill_poisson_terms(double tau, int top, double* values) {
+    const double log_tau = std::log(tau);
+    const auto& log_factorial = log_factorials();
+    for (int j = 0; j <= top; ++j)
+        values[j] = poisson_term(j, log_tau, log_factorial[static_cast<std::size_t>(j)]);
+}
+
+void fill_stable_shares(double theta, int top, double* values) {
+    fill_powers(theta / (theta + 1.0), top, values);
+    for (int i = 0; i <= top; ++i)
+        values[i] /= theta + 1.0;
 }
 
 }  // namespace
 
 ann_missmatch::ann_missmatch()
-    : f_vect(kTableSize), f0_vect(kTableSize), f1_vect(kTableSize), step_vect_(kTableSize) {}
+    : f_vect(kTableSize),
+      f0_vect(kTableSize),
+      f1_vect(kTableSize),
+      step_vect_(kTableSize + 2 * CurveTable::kLanes) {}
 
 ann_missmatch::ann_missmatch(PopGenetics* sample, mnd::settings* run_settings) : ann_missmatch() {
     pop = sample;
@@ -88,7 +117,8 @@ double ann_missmatch::f_i_exp(int const& i) {
     const double log_tau = std::log(Tau);
     double sum = 0.0;
     for (int j = 0; j <= i; ++j)
-        sum += poisson_term(j, log_tau) * (stable_share(i - j, Theta0) - stable_share(i - j, Theta1));
+        sum += poisson_term(j, log_tau, factlnl(j)) *
+               (stable_share(i - j, Theta0) - stable_share(i - j, Theta1));
     return stable_share(i, Theta1) + std::exp(-Tau * (Theta1 + 1.0) / Theta1) * sum;
 }
 
@@ -98,28 +128,19 @@ void ann_missmatch::compute_curve(int top) {
     if (without_time) Tau = kLeastParameter;
     // With equal sizes all terms of the sum vanish, and what is left is the stable share.
     if (Theta1 <= Theta0 && without_time) Theta1 = Theta0;
-    const double log_tau = std::log(Tau);
-    const double* const w = weights_.get(Tau, 0.0, top, [=](int j) { return poisson_term(j, log_tau); });
+    const CurveTable w =
+        weights_.get(Tau, 0.0, top, [=, this](double* v) { fill_poisson_terms(Tau, top, v); });
     const double* const f0 =
-        shares0_.get(Theta0, 0.0, top, [theta = Theta0](int k) { return stable_share(k, theta); });
+        shares0_.get(Theta0, 0.0, top, [=, this](double* v) { fill_stable_shares(Theta0, top, v); }).values;
     const double* const f1 =
-        shares1_.get(Theta1, 0.0, top, [theta = Theta1](int k) { return stable_share(k, theta); });
-    // The terms of all classes for one j after the other: each class still adds its terms in the
-    // order of j, and the inner loop works on neighbours.
-    double* const step = step_vect_.data();
-    double* const f = f_vect.data();
-    for (int k = 0; k <= top; ++k) {
-        f0_vect[static_cast<std::size_t>(k)] = f0[k];
-        f1_vect[static_cast<std::size_t>(k)] = f1[k];
+        shares1_.get(Theta1, 0.0, top, [=, this](double* v) { fill_stable_shares(Theta1, top, v); }).values;
+    double* const step = step_vect_.data() + CurveTable::kLanes;
+    for (int k = 0; k <= top; ++k)
         step[k] = f0[k] - f1[k];
-        f[k] = 0.0;
-    }
-    for (int j = 0; j <= top; ++j) {
-        const double of_j = w[j];
-        double* const classes = f + j;
-        for (int k = 0; k <= top - j; ++k)
-            classes[k] += of_j * step[k];
-    }
+    std::copy_n(f0, top + 1, f0_vect.data());
+    std::copy_n(f1, top + 1, f1_vect.data());
+    double* const f = f_vect.data();
+    add_products(w, {step, true}, top, f);
     const double none_since = std::exp(-Tau * (Theta1 + 1.0) / Theta1);
     for (int k = 0; k <= top; ++k)
         f[k] = f1[k] + none_since * f[k];
@@ -202,8 +223,9 @@ bool ann_missmatch::hook_jeeves_rh(double* diff, double* freq, int const& count,
     Trial tau{&Tau, nullptr, Tau, 1.0, false};
     double global_step = 1.0;
     bool finite = true;
+    // Always the sum of the point where the search stands, which needs no evaluation in a new round.
+    double ssd = evaluate();
     for (int round = 0; round < step_limit && threshold < global_step && finite; ++round) {
-        double ssd = evaluate();
         theta1.start = Theta1;
         theta0.start = Theta0;
         tau.start = Tau;
@@ -214,7 +236,7 @@ bool ann_missmatch::hook_jeeves_rh(double* diff, double* freq, int const& count,
         // That of Theta1 relative to its size, on purpose: large sizes hardly change the curve.
         global_step = std::max({theta1.step / (Theta1 + 1.0), theta0.step, tau.step});
     }
-    ssd_work = evaluate();
+    ssd_work = ssd;
     const bool converged = global_step <= threshold && std::isfinite(ssd_work);
     not_converged = converged ? 0 : 1;
     return converged;

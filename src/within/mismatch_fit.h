@@ -11,14 +11,13 @@
 // class above the last one, with no pairs.
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <memory>
 #include <vector>
 
 #include "model/mismatch_result.h"
+#include "within/curve_tables.h"
 
 namespace mnd {
 
@@ -42,45 +41,6 @@ struct ReplicateResults {
     int rag_hits = 0;                         // and as ragged, or more
 
     void sort();
-};
-
-// Tables of one function for its latest parameters. A search goes to and fro about a point, so that
-// the tables of the point itself are asked for again and again.
-class KeptTables {
-public:
-    // The values of entry(k) for k = 0 .. top under these parameters, computed unless they are kept.
-    // Valid until the next call.
-    template <class Entry>
-    const double* get(double first, double second, int top, const Entry& entry) {
-        Table* oldest = &tables_[0];
-        for (Table& table : tables_) {
-            if (table.first == first && table.second == second && table.top >= top) {
-                table.age = ++clock_;
-                return table.values.data();
-            }
-            if (table.age < oldest->age) oldest = &table;
-        }
-        if (oldest->values.size() <= static_cast<std::size_t>(top))
-            oldest->values.resize(static_cast<std::size_t>(top) + 1);
-        for (int k = 0; k <= top; ++k)
-            oldest->values[static_cast<std::size_t>(k)] = entry(k);
-        oldest->first = first;
-        oldest->second = second;
-        oldest->top = top;
-        oldest->age = ++clock_;
-        return oldest->values.data();
-    }
-
-private:
-    struct Table {
-        double first = 0.0;
-        double second = 0.0;
-        int top = -1;
-        std::uint64_t age = 0;
-        std::vector<double> values;
-    };
-    std::array<Table, 3> tables_;  // of the point, and of the trials above and below it
-    std::uint64_t clock_ = 0;
 };
 
 class ann_missmatch {
@@ -151,6 +111,10 @@ public:
     //   freq         shares
     //   step_limit   rounds at most
     //   threshold    the search ends when all steps are no larger
+    // A trial starts from the values at the top of the round. Theta0 never ends up above Theta1: the
+    // parameter on trial takes the other along, whichever way it moves; Theta0 may pass Theta1 on its
+    // way down, too, when Theta1 has come down below the Theta0 of the top of the round. Both meet at a
+    // size above 0. A step below the threshold becomes 0, and its parameter rests.
     // Writes:  Theta0, Theta1, Tau, not_converged, ssd_work
     // Returns: true when it ended on small steps. A sum that is not finite ends it as a failure.
     // Source:  Hooke and Jeeves 1961, J. ACM 8:212-229
@@ -228,7 +192,7 @@ private:
     KeptTables weights_;                         // Poisson terms of Tau, without exp(-Tau)
     KeptTables shares0_;                         // of a stable population of Theta0
     KeptTables shares1_;                         // of Theta1
-    std::vector<double> step_vect_;              // owned: f0_vect - f1_vect
+    std::vector<double> step_vect_;              // owned: f0_vect - f1_vect, with room for lanes
     std::vector<std::int64_t> simulated_pairs_;  // owned: pairs of the last replicate, by difference
     int simulated_sites_ = 0;
 };

@@ -33,6 +33,25 @@ double poisson_term(int k, double log_tau) {
     return std::exp(k * log_tau - factln(k));
 }
 
+void fill_poisson_terms(double tau, int top, double* values) {
+    const double log_tau = std::log(tau);
+    for (int k = 0; k <= top; ++k)
+        values[k] = poisson_term(k, log_tau);
+}
+
+// Share of pairs with i differences that coalesce within their deme, were there no end to it:
+// theta^i / D^(i + 1).
+double within_deme(int i, double log_theta, double log_d) {
+    return std::exp(i * log_theta - (i + 1) * log_d);
+}
+
+void fill_within_deme(double theta, double D, int top, double* values) {
+    const double log_theta = std::log(theta);
+    const double log_d = std::log(D);
+    for (int i = 0; i <= top; ++i)
+        values[i] = within_deme(i, log_theta, log_d);
+}
+
 }  // namespace
 
 mismatchSpatialExpansion::mismatchSpatialExpansion() : sum_(kTableSize) {
@@ -57,11 +76,9 @@ void mismatchSpatialExpansion::init_data(double const& theta0, double const& the
 // pairs that coalesce within their deme, and of those that do not and go back to the founders, less
 // what of the first would lie before the expansion.
 struct mismatchSpatialExpansion::Curve {
-    double log_theta;     // of the demes
-    double log_d;         // of D = theta + M + 1
+    double D;             // theta + M + 1, theta of the demes
     double before_ratio;  // theta0 / (theta0 + 1), of the founders
     double within_ratio;  // theta / D
-    double log_tau;
     double before_scale;  // of the founders' sum
     double within_scale;  // of the sum that is taken off
 };
@@ -79,11 +96,9 @@ mismatchSpatialExpansion::Curve mismatchSpatialExpansion::curve(bool cut_after) 
     const double t = Theta1;
     const double D = t + M + 1.0;
     Curve c{};
-    c.log_theta = std::log(t);
-    c.log_d = std::log(D);
+    c.D = D;
     c.before_ratio = Theta0 / (Theta0 + 1.0);
     c.within_ratio = t / D;
-    c.log_tau = std::log(Tau);
     const double exponent = Tau * (M + 1.0) / t;
     const double not_yet = exponent >= kExponentLimit ? M : M + std::exp(-exponent);
     c.before_scale = std::exp(-Tau) * not_yet / ((M + 1.0) * (Theta0 + 1.0));
@@ -92,18 +107,15 @@ mismatchSpatialExpansion::Curve mismatchSpatialExpansion::curve(bool cut_after) 
     return c;
 }
 
-double mismatchSpatialExpansion::within_deme(const Curve& c, int i) {
-    return std::exp(i * c.log_theta - (i + 1) * c.log_d);
-}
-
 double mismatchSpatialExpansion::share(const Curve& c, int i) const {
-    const double a = within_deme(c, i);
+    const double a = within_deme(i, std::log(Theta1), std::log(c.D));
+    const double log_tau = std::log(Tau);
     double s1 = 0.0;
     for (int j = 0; j <= i; ++j)
-        s1 += std::pow(c.before_ratio, j) * poisson_term(i - j, c.log_tau);
+        s1 += std::pow(c.before_ratio, j) * poisson_term(i - j, log_tau);
     double s2 = 0.0;
     for (int j = 0; j <= i; ++j)
-        s2 += std::pow(c.within_ratio, i - j) * poisson_term(j, c.log_tau);
+        s2 += std::pow(c.within_ratio, i - j) * poisson_term(j, log_tau);
     return a + c.before_scale * s1 - c.within_scale * s2;
 }
 
@@ -118,28 +130,20 @@ double mismatchSpatialExpansion::f_i_spatial_exp_4p(int const& i) {
 }
 
 void mismatchSpatialExpansion::fill_curve(const Curve& c, int top) {
-    const double* const p = poisson_.get(Tau, 0.0, top, [&](int k) { return poisson_term(k, c.log_tau); });
-    const double* const before =
-        before_.get(c.before_ratio, 0.0, top, [&](int k) { return std::pow(c.before_ratio, k); });
-    const double* const within =
-        within_.get(c.within_ratio, 0.0, top, [&](int k) { return std::pow(c.within_ratio, k); });
-    const double* const still =
-        still_.get(c.log_theta, c.log_d, top, [&](int i) { return within_deme(c, i); });
+    const CurveTable p =
+        poisson_.get(Tau, 0.0, top, [=, this](double* v) { fill_poisson_terms(Tau, top, v); });
+    const CurveTable before =
+        before_.get(c.before_ratio, 0.0, top, [&](double* v) { fill_powers(c.before_ratio, top, v); });
+    const CurveTable within =
+        within_.get(c.within_ratio, 0.0, top, [&](double* v) { fill_powers(c.within_ratio, top, v); });
+    const CurveTable still =
+        still_.get(Theta1, c.D, top, [&, this](double* v) { fill_within_deme(Theta1, c.D, top, v); });
     double* const s1 = f_vect.data();
     double* const s2 = sum_.data();
-    for (int k = 0; k <= top; ++k)
-        s1[k] = s2[k] = 0.0;
-    // The terms of all classes for one j after the other, as in ann_missmatch::compute_curve.
-    for (int j = 0; j <= top; ++j) {
-        const double of_before = before[j];
-        const double of_time = p[j];
-        for (int k = 0; k <= top - j; ++k) {
-            s1[j + k] += of_before * p[k];
-            s2[j + k] += within[k] * of_time;
-        }
-    }
+    add_products(before, p, top, s1);
+    add_products(p, within, top, s2);
     for (int i = 0; i <= top; ++i)
-        s1[i] = still[i] + c.before_scale * s1[i] - c.within_scale * s2[i];
+        s1[i] = still.values[i] + c.before_scale * s1[i] - c.within_scale * s2[i];
 }
 
 void mismatchSpatialExpansion::compute_curve_3p(int top) {
@@ -242,15 +246,16 @@ template <std::size_t Size, class Evaluate>
 StartResult search_from(std::array<Coordinate, Size>& coordinates, double global_step, int step_limit,
                         double threshold, const Evaluate& evaluate) {
     int round = 0;
+    // Always the sum of the point where the search stands, which needs no evaluation in a new round.
+    double ssd = evaluate();
     for (; round < step_limit && threshold < global_step; ++round) {
-        double ssd = evaluate();
         for (Coordinate& c : coordinates)
             try_coordinate(c, threshold, ssd, evaluate);
         global_step = 0.0;
         for (const Coordinate& c : coordinates)
             global_step = std::max(global_step, c.step / c.weight);
     }
-    return {global_step, evaluate(), round};
+    return {global_step, ssd, round};
 }
 
 // Where starts lie: the mean number of differences, and M by the share of identical pairs.

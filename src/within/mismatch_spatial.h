@@ -71,7 +71,6 @@ private:
     struct Curve;
     void raise_parameters();
     Curve curve(bool cut_after) const;
-    static double within_deme(const Curve& c, int i);
     double share(const Curve& c, int i) const;
     void fill_curve(const Curve& c, int top);
 

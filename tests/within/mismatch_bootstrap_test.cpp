@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -237,6 +239,153 @@ TEST_F(Bootstrap, HugeSizesKeepTheirColumns) {
     EXPECT_TRUE(contains(document.text(), "Theta1:          20.000       1.000e+19       1.000e+19"));
 }
 
+// A spatial expansion whose replicates follow a script.
+class ScriptedSpatialFit : public mnd::mismatchSpatialExpansion {
+public:
+    std::vector<Outcome> script;
+
+protected:
+    bool simulate_replicate(double* diff, double* freq, int& count) override {
+        const Outcome& o = script[next_];
+        if (!o.simulated) ++next_;
+        for (int k = 0; k < count; ++k) {
+            diff[k + 1] = k;
+            freq[k + 1] = 0.0;
+        }
+        freq[1] = 1.0 - o.second_class;
+        freq[2] = o.second_class;
+        return o.simulated;
+    }
+    bool fit_replicate(double*, double*, int) override {
+        const Outcome& o = script[next_++];
+        Tau = o.value;
+        Theta0 = Theta1 = o.value / 10.0;
+        M = o.value * 100.0;
+        ssd_work = o.ssd;
+        return o.converged;
+    }
+
+private:
+    std::size_t next_ = 0;
+};
+
+class SpatialBootstrap : public Bootstrap {
+protected:
+    ScriptedSpatialFit fit;
+
+    void run_script() {
+        fit.pop = &sample;
+        fit.settings = &s;
+        fit.init_data(2.0, 2.0, 7.0, 50.0, 1.0);
+        ASSERT_TRUE(fit.make_bootstrap_spatial_exp(diff, freq, fitted, count, 10, *s.result_stream,
+                                                   static_cast<int>(fit.script.size())));
+    }
+};
+
+// As of the sudden expansion: 3 of 5 count, 2 and 1 of them against the fit.
+TEST_F(SpatialBootstrap, CountsEachReplicateThatConvergesOnceAndNoOther) {
+    fit.ssd_obs = 0.3;
+    fit.rag_obs = 0.5;
+    fit.script = {{true, false, 98.0, 9.0, 0.9},
+                  {true, true, 3.0, 0.3, 0.5},
+                  {false, true, 99.0, 9.0, 0.9},
+                  {true, true, 1.0, 0.2, 0.5},
+                  {true, true, 2.0, 0.4, 0.9}};
+    run_script();
+    EXPECT_EQ(fit.num_boot, 3);
+    EXPECT_DOUBLE_EQ(fit.p_ssd, 2.0 / 3.0);
+    EXPECT_DOUBLE_EQ(fit.p_rag, 1.0 / 3.0);
+    EXPECT_EQ(fit.Tau, 7.0);
+    EXPECT_EQ(fit.Theta0, 2.0);
+    EXPECT_EQ(fit.Theta1, 2.0);
+    EXPECT_EQ(fit.M, 50.0);
+    EXPECT_EQ(count_of(document.text(), "\nBased on 3 replicates\n"), 3);
+}
+
+// 40 replicates with M 4000, 3900 .. 100: indices 0, 1, 37 and 38 of the sorted list, as of Tau above.
+TEST_F(SpatialBootstrap, TakesPercentilesOfMByTheseIndices) {
+    for (int i = 40; i >= 1; --i)
+        fit.script.push_back({true, true, static_cast<double>(i), 0.0, 0.5});
+    run_script();
+    const mnd::ExpansionFit result = fit.result();
+    EXPECT_EQ(result.m_percentiles.q025, 100.0);
+    EXPECT_EQ(result.m_percentiles.q050, 200.0);
+    EXPECT_EQ(result.m_percentiles.q950, 3800.0);
+    EXPECT_EQ(result.m_percentiles.q975, 3900.0);
+    EXPECT_EQ(result.tau_percentiles.q975, 39.0);
+    EXPECT_DOUBLE_EQ(result.theta1_percentiles.q025, 0.1);
+    EXPECT_DOUBLE_EQ(result.theta1_percentiles.q950, 3.8);
+    // alpha 0.05: indices 1 and 39, mean 20.5 hundreds.
+    EXPECT_TRUE(contains(document.text(),
+                         "                       Tau:           7.000           2.000          40.000"
+                         "          20.500\n"
+                         "                         M:          50.000         200.000        4000.000"
+                         "        2050.000\n"
+                         "                     Theta:           2.000           0.200           4.000"
+                         "           2.050\n"));
+}
+
+// Shares 1.5 and -0.5 of one replicate: the first is no share. Left are 0.75 and 0.5 of class 0, while
+// class 1 keeps all three: means of 10 pairs are 6.25, and (-0.5 + 0.25 + 0.5)/3 = 0.8.
+TEST_F(SpatialBootstrap, LeavesOutSharesAboveOne) {
+    fit.script = {{true, true, 1.0, 0.0, -0.5}, {true, true, 2.0, 0.0, 0.25}, {true, true, 3.0, 0.0, 0.5}};
+    run_script();
+    EXPECT_TRUE(contains(document.text(),
+                         "        #Diff     Observed    Simulated   Model Freq.\n"
+                         "            0          5.0          6.2          4.0\n"
+                         "            1          5.0          0.8          4.0\n"));
+    // alpha 0.05 of two: (int)0.05 = 0 and (int)1.95 = 1; of three 0 and (int)2.925 = 2.
+    EXPECT_TRUE(contains(document.text(),
+                         "        #Diff     Observed    Low. bound  Up. bound   Model Freq.\n"
+                         "            0          5.0          5.0          7.5          4.0\n"
+                         "            1          5.0         -5.0          5.0          4.0\n"));
+}
+
+// Searches that run out of rounds in some replicates only: nothing of these is counted.
+class CountedFit : public ann_missmatch {
+public:
+    using ann_missmatch::ann_missmatch;
+    int kept = 0, failed = 0, not_better = 0;
+    std::vector<double> kept_tau;
+
+protected:
+    bool fit_replicate(double* diff, double* freq, int count) override {
+        if (!ann_missmatch::fit_replicate(diff, freq, count)) {
+            ++failed;
+            return false;
+        }
+        ++kept;
+        if (ssd_work >= ssd_obs) ++not_better;
+        kept_tau.push_back(Tau);
+        return true;
+    }
+};
+
+TEST_F(Bootstrap, KeptAndFailedReplicatesAreThoseAskedFor) {
+    sample.sample_size = 20;
+    CountedFit fit(&sample, &s);
+    fit.sample_size = 20;
+    fit.init_data(1.0, 20.0, 4.0, 1.0);
+    fit.max_steps = 60;
+    fit.ssd_obs = 0.02;
+    std::vector<double> d(20), f(20), model(20);
+    for (std::size_t k = 1; k < 20; ++k)
+        d[k] = static_cast<double>(k) - 1.0;
+    int classes = 12;
+    ASSERT_TRUE(fit.make_bootstrap(d.data(), f.data(), model.data(), classes, 190, *s.result_stream, 80));
+    EXPECT_GT(fit.kept, 0);
+    EXPECT_GT(fit.failed, 0);
+    EXPECT_EQ(fit.kept + fit.failed, 80);
+    EXPECT_EQ(fit.num_boot, fit.kept);
+    EXPECT_GT(fit.not_better, 0);
+    EXPECT_LT(fit.not_better, fit.kept);
+    EXPECT_DOUBLE_EQ(fit.p_ssd, static_cast<double>(fit.not_better) / fit.kept);
+    std::sort(fit.kept_tau.begin(), fit.kept_tau.end());
+    EXPECT_EQ(fit.tau_percentiles.q975,
+              fit.kept_tau[static_cast<std::size_t>(static_cast<int>(0.975 * fit.kept - 1.0))]);
+    EXPECT_EQ(count_of(document.text(), "\nBased on " + std::to_string(fit.kept) + " replicates\n"), 3);
+}
+
 // --- Simulated distributions, against sequences compared site by site
 
 std::vector<double> plain_distribution(mnd::TTree& tree, int n, int count, int& sites) {
@@ -296,6 +445,43 @@ TEST_F(Bootstrap, SimulatesASuddenExpansionAsThePlainFormDoes) {
         }
         EXPECT_EQ(fit.simulated_sites(), sites);
     }
+}
+
+// Founders are one of the N individuals at least: of 10, though 0.5/50 would make them a tenth of one.
+TEST_F(Bootstrap, SimulatesAtLeastOneFounder) {
+    sample.sample_size = 12;
+    ann_missmatch fit(&sample, &s);
+    fit.sample_size = 12;
+    std::vector<double> d(30), f(30);
+    int otherwise = 0;
+    for (int replicate = 0; replicate < 10; ++replicate) {
+        fit.init_data(0.5, 50.0, 3.0, 1.0);
+        fit.N = 10;
+        int classes = 20;
+        long idum = -100 - replicate;
+        mnd::ran3(&idum);
+        ASSERT_EQ(fit.simulate_miss(d.data(), f.data(), classes), 1);
+        for (const double growth : {1.0 / 10.0, 0.5 / 50.0}) {
+            mnd::PopulDNA plain;
+            plain.sample_size = 12;
+            plain.allocate_tree(12);
+            idum = -100 - replicate;
+            mnd::ran3(&idum);
+            const double mu = 50.0 / 2.0 / 10;
+            plain.simulate_sample_exp(mu, 400, mnd::kNewStateMutation, -1.0, 1.0, 1.0, 0.33,
+                                      3.0 / 2.0 / (mu * 10), growth, 10);
+            int sites = 0;
+            const std::vector<double> expected = plain_distribution(*plain.tree, 12, classes, sites);
+            if (growth == 1.0 / 10.0) {
+                EXPECT_EQ(fit.simulated_sites(), sites);
+                for (std::size_t k = 1; k <= 20; ++k)
+                    EXPECT_EQ(f[k], expected[k]);
+            } else {
+                otherwise += fit.simulated_sites() != sites ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(otherwise, 5);
 }
 
 TEST_F(Bootstrap, SimulatesASpatialExpansionAsThePlainFormDoes) {
@@ -367,6 +553,113 @@ TEST_F(Bootstrap, SpatialReplicatesTakeNineDrawsForEachFit) {
     EXPECT_TRUE(contains(text, "\n                         M:           3.000"));
     EXPECT_TRUE(contains(text, "\n                     Theta:           2.000"));
     EXPECT_FALSE(contains(text, "No. pol. sites"));
+}
+
+// --- The blocks of estimates
+
+// 45 pairs of 10 copies, in six classes.
+class EstimateBlock : public Bootstrap {
+protected:
+    void SetUp() override {
+        Bootstrap::SetUp();
+        sample.sample_size = 10;
+        sample.mm_counts = {6, 9, 12, 10, 5, 3, 0, 0, 0, 0, 0};
+        sample.max_diff = 5;
+    }
+};
+
+TEST_F(EstimateBlock, OfASuddenExpansionTellsThatTheSearchDidNotConverge) {
+    ann_missmatch fit(&sample, &s);
+    fit.max_steps = 3;
+    ASSERT_TRUE(fit.solve_least_square_rh(*s.result_stream));
+    EXPECT_EQ(fit.not_converged, 1);
+    EXPECT_TRUE(contains(document.text(),
+                         "\nLeast-square procedure to fit expected and observed"
+                         "\nmismatch distribution did not converge after 3steps \n"));
+    ann_missmatch longer(&sample, &s);
+    ASSERT_TRUE(longer.solve_least_square_rh(*s.result_stream));
+    EXPECT_EQ(longer.not_converged, 0);
+    EXPECT_EQ(count_of(document.text(), "converge"), 1);
+}
+
+TEST_F(EstimateBlock, OfThreeParametersTellsThatTheSearchDidNotConverge) {
+    mnd::mismatchSpatialExpansion fit(&sample, &s);
+    fit.max_steps = 3;
+    ASSERT_TRUE(fit.solve_least_square_spatial_expansion_3_par(*s.result_stream));
+    EXPECT_TRUE(contains(document.text(),
+                         "\nLeast-square procedure to fit expected to observed mismatch distribution\n"
+                         "did not converge after 3 steps\n"
+                         "\nTau                                 : "));
+    mnd::mismatchSpatialExpansion longer(&sample, &s);
+    ASSERT_TRUE(longer.solve_least_square_spatial_expansion_3_par(*s.result_stream));
+    EXPECT_EQ(longer.not_converged, 0);
+    EXPECT_EQ(count_of(document.text(), "converge"), 1);
+}
+
+TEST_F(EstimateBlock, OfFourParametersTellsThatTheSearchDidNotConverge) {
+    mnd::mismatchSpatialExpansion fit(&sample, &s);
+    fit.max_steps = 3;
+    mnd_test::CapturedLog log;
+    ASSERT_TRUE(fit.solve_least_square_spatial_expansion_4_par(*s.result_stream));
+    EXPECT_TRUE(contains(document.text(),
+                         "\nLeast square procedure to fit model mismatch distribution\n"
+                         "and observed distribution did not converge after 3steps\n"
+                         "\nTau                                 : "));
+    EXPECT_EQ(count_of(log.text(), "\t\tno convergence after 3 steps (#="), 10);
+    EXPECT_EQ(count_of(log.text(), ")\n"), 10);
+}
+
+// Each row fixed, 12 wide, with three decimals, in this order.
+TEST_F(EstimateBlock, OfFourParametersHasFourRows) {
+    mnd::mismatchSpatialExpansion fit(&sample, &s);
+    fit.num_boot = 7;
+    fit.max_steps = 3;
+    mnd_test::CapturedLog log;
+    ASSERT_TRUE(fit.solve_least_square_spatial_expansion_4_par(*s.result_stream));
+    char rows[400];
+    std::snprintf(rows, sizeof rows,
+                  "\nTau                                 : %12.3f"
+                  "\nTheta0                              : %12.3f"
+                  "\nTheta1                              : %12.3f"
+                  "\nM                                   : %12.3f\n",
+                  fit.Tau, fit.Theta0, fit.Theta1, fit.M);
+    EXPECT_TRUE(contains(document.text(), rows)) << document.text();
+    EXPECT_TRUE(contains(document.text(), "          #Diff     Observed    Model Freq.\n"));
+    EXPECT_EQ(fit.num_boot, 0);
+    EXPECT_FALSE(contains(document.text(), "goodness"));
+}
+
+TEST_F(EstimateBlock, OfThreeParametersHasThreeRows) {
+    mnd::mismatchSpatialExpansion fit(&sample, &s);
+    ASSERT_TRUE(fit.solve_least_square_spatial_expansion_3_par(*s.result_stream));
+    char rows[400];
+    std::snprintf(rows, sizeof rows,
+                  "\nTau                                 : %12.3f"
+                  "\nTheta                               : %12.3f"
+                  "\nM                                   : %12.3f\n",
+                  fit.Tau, fit.Theta1, fit.M);
+    EXPECT_TRUE(contains(document.text(), rows)) << document.text();
+}
+
+TEST_F(EstimateBlock, SkippingTheReplicatesLeavesThePlainTable) {
+    ann_missmatch fit(&sample, &s);
+    fit.num_boot = 5;
+    fit.skip_obs = 1;
+    const auto draws = mnd::draws_taken();
+    ASSERT_TRUE(fit.solve_least_square_rh(*s.result_stream));
+    EXPECT_EQ(mnd::draws_taken(), draws);
+    EXPECT_EQ(fit.num_boot, 0);
+    const std::string text = document.text();
+    EXPECT_FALSE(contains(text, "goodness"));
+    EXPECT_TRUE(contains(text,
+                         "\n-----------------------------------------\n"
+                         "        #Diff     Observed    Model Freq.\n"
+                         "            0          6.0"));
+    fit.num_boot = 5;
+    fit.skip_obs = 0;
+    ASSERT_TRUE(fit.solve_least_square_rh(*s.result_stream));
+    EXPECT_GT(mnd::draws_taken(), draws);
+    EXPECT_TRUE(contains(document.text(), "goodness"));
 }
 
 // --- The step of the driver

@@ -151,6 +151,27 @@ TEST(SuddenExpansionCurve, TableEqualsThePlainForm) {
     }
 }
 
+// The same over random parameters and tops.
+TEST(SuddenExpansionCurve, TableEqualsThePlainFormAtRandomParameters) {
+    long idum = -12345;
+    mnd::ran3(&idum);
+    ann_missmatch table, plain;
+    for (int i = 0; i < 3000; ++i) {
+        const double theta0 = std::pow(10.0, 9.0 * mnd::ran3() - 7.0);
+        const double theta1 = theta0 * std::pow(10.0, 6.0 * mnd::ran3());
+        const double tau = std::pow(10.0, 5.0 * mnd::ran3() - 2.0);
+        const int top = static_cast<int>(30.0 * mnd::ran3());
+        set(plain, theta0, theta1, tau);
+        set(table, theta0, theta1, tau);
+        table.compute_curve(top);
+        for (int k = 0; k <= top; ++k) {
+            EXPECT_EQ(table.f_vect[static_cast<std::size_t>(k)], plain.f_i_exp(k));
+            EXPECT_EQ(table.f0_vect[static_cast<std::size_t>(k)], stable(k, theta0));
+            EXPECT_EQ(table.f1_vect[static_cast<std::size_t>(k)], stable(k, theta1));
+        }
+    }
+}
+
 // Tables are kept between evaluations: a search that walks to and fro must not see old ones.
 TEST(SuddenExpansionCurve, KeptTablesFollowEachParameter) {
     ann_missmatch table;
@@ -316,6 +337,95 @@ TEST_F(SuddenSearch, GoesStepByStepAsThePlainOne) {
         EXPECT_EQ(fit.not_converged, plain.converged ? 0 : 1);
         EXPECT_LE(fit.Theta0, fit.Theta1);
     }
+}
+
+// One class alone, of pairs without difference, can be followed by hand:
+//   f = (1 - E) / (Theta1 + 1) + E / (Theta0 + 1),  E = exp(-Tau (Theta1 + 1) / Theta1)
+struct OneClass {
+    double diff[3] = {0, 0, 1};
+    double freq[3] = {0, 0, 0};
+    ann_missmatch fit;
+
+    explicit OneClass(double share) { freq[1] = share; }
+    bool search(double theta0, double theta1, double tau, int rounds, double threshold) {
+        set(fit, theta0, theta1, tau);
+        return fit.hook_jeeves_rh(diff, freq, 2, rounds, threshold);
+    }
+    void expect_at(double theta0, double theta1, double tau) const {
+        EXPECT_DOUBLE_EQ(fit.Theta0, theta0);
+        EXPECT_DOUBLE_EQ(fit.Theta1, theta1);
+        EXPECT_DOUBLE_EQ(fit.Tau, tau);
+    }
+};
+
+// Share 0.2, from Theta0 = 1, Theta1 = 5, Tau = 3: f = 0.17577, SSD 5.87e-4.
+// Round 1, steps 10, 0.9, 1:
+//   Theta1 15: f = 0.08033, worse. 5 - 10 is below Theta0 and 0: both sizes 1e-07, f = 1, worse.
+//   Theta0 1.9: 0.17153, worse. 0.1: 0.18695, SSD 1.70e-4, better.
+//   Tau 4: 0.17278, worse. 2: 0.23402, worse.        Steps 5, 3.6, 0.5.
+// Round 2:
+//   Theta1 10: 0.12109, worse. 0: both sizes 1e-07, worse.
+//   Theta0 3.7: 0.16793, worse. 0.1 - 3.6, raised to 1e-07: 0.18944, SSD 1.12e-4, better.
+//   Tau 3.5: 0.17916, worse. 2.5: 0.20816, SSD 6.65e-5, better.    Steps 2.5, 14.4, 2.
+// Round 3:
+//   Theta1 7.5: 0.16954, worse. 2.5: 0.30728, worse.
+//   Theta0 14.4 takes Theta1 up to 14.4: 0.06494, worse. 1e-07 - 14.4, raised to 1e-07: the sum is that
+//   of the point, not less, thus not better.
+//   Tau 4.5: 0.17043, worse. 0.5: 0.62401, worse.
+TEST(SuddenExpansionSearch, GoesThreeRoundsAsByHand) {
+    OneClass by_hand(0.2);
+    EXPECT_FALSE(by_hand.search(1.0, 5.0, 3.0, 1, 0.001));
+    by_hand.expect_at(1.0 - 0.9, 5.0, 3.0);
+    EXPECT_NEAR(by_hand.fit.ssd_work, 1.702e-4, 5e-8);
+    EXPECT_FALSE(by_hand.search(1.0, 5.0, 3.0, 2, 0.001));
+    by_hand.expect_at(1e-07, 5.0, 2.5);
+    EXPECT_NEAR(by_hand.fit.ssd_work, 6.652e-5, 5e-9);
+    EXPECT_FALSE(by_hand.search(1.0, 5.0, 3.0, 3, 0.001));
+    by_hand.expect_at(1e-07, 5.0, 2.5);
+    EXPECT_NEAR(by_hand.fit.ssd_work, 6.652e-5, 5e-9);
+}
+
+// The same start with a threshold of 0.95: the first step of Theta0, 0.9, is below it, and Theta0 rests.
+// Round 1: Theta1 15 and below 0 worse, step 5. Tau 4: 0.16941, worse; 2: 0.19691, SSD 9.57e-6, better,
+//   step 4. Global step max(5/6, 0, 4).
+// Round 2: Theta1 10: 0.13624, 0: 1, worse, step 2.5. Tau 6: 0.16692, -2 raised to 1e-07: 0.5, worse,
+//   step 2, which is the global one.
+// Round 3: Theta1 7.5: 0.15728, 2.5: 0.29875, worse, step 1.25. Tau 4, 0: worse, step 1.
+// Round 4: Theta1 6.25: 0.17351, 3.75: 0.23351, worse, step 0.625 becomes 0. Tau 3, 1: worse, step 0.5
+//   becomes 0. Global step 0.
+TEST(SuddenExpansionSearch, RestsParametersWhoseStepIsBelowTheThreshold) {
+    OneClass by_hand(0.2);
+    EXPECT_FALSE(by_hand.search(1.0, 5.0, 3.0, 3, 0.95));
+    EXPECT_TRUE(by_hand.search(1.0, 5.0, 3.0, 4, 0.95));
+    by_hand.expect_at(1.0, 5.0, 2.0);
+    EXPECT_NEAR(by_hand.fit.ssd_work, 9.573e-6, 5e-10);
+}
+
+// Share 0.325, from 3, 12, 3: f = 0.08363. Theta1 22: 0.05245, worse; 2 takes Theta0 down to 2: 1/3, SSD
+// 6.94e-5, better. Theta0 starts from 3, where it stood: 3.9 takes Theta1 up, f = 1/4.9, worse. 3 - 0.9 =
+// 2.1 is above Theta1 now, and takes it up, too: 1/3.1, SSD 5.85e-6, better. (With Theta1 left at 2, f
+// would be 0.33321, better as well, but the sizes would have crossed.) Tau does not count for equal sizes.
+TEST(SuddenExpansionSearch, SizesNeverCrossNotEvenOnTheWayDown) {
+    OneClass by_hand(0.325);
+    by_hand.search(3.0, 12.0, 3.0, 1, 0.001);
+    by_hand.expect_at(3.0 - 0.9, 3.0 - 0.9, 3.0);
+    EXPECT_NEAR(by_hand.fit.ssd_work, 5.853e-6, 5e-10);
+}
+
+// Data that no size is small enough for: every pair is identical.
+TEST(SuddenExpansionSearch, SizesStayAboveNothing) {
+    for (const double share : {1.0, 0.9999999, 2.0}) {
+        OneClass data(share);
+        data.search(1.0, 5.0, 3.0, 2000, 0.001);
+        EXPECT_GT(data.fit.Theta0, 0.0);
+        EXPECT_GE(data.fit.Theta1, data.fit.Theta0);
+        EXPECT_GT(data.fit.Tau, 0.0);
+    }
+    OneClass data(1.0);
+    data.search(1.0, 5.0, 3.0, 1, 0.001);
+    // f = 1 - 1e-07 at two sizes of 1e-07, by the first trial down.
+    EXPECT_EQ(data.fit.Theta1, 1e-07);
+    EXPECT_LT(data.fit.ssd_work, 1e-13);
 }
 
 TEST(SuddenExpansionSearch, StopsAtItsLimitOfRounds) {

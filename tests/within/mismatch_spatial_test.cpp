@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/random.h"
@@ -177,7 +179,13 @@ TEST(SpatialExpansionSum, AddsSquaredDeviationsOfTheClassesBelowCount) {
 
 // --- The searches, against the same written out step by step
 
+struct PlainStart {
+    double ssd = 0.0;
+    bool converged = false;
+};
+
 struct PlainSearch {
+    std::vector<PlainStart> starts;
     std::vector<double> values;  // Theta0, Theta1, Tau, M
     double best = 3.4028234663852886e+38;
     bool converged = false;
@@ -241,6 +249,7 @@ PlainSearch plain_search(Data& data, bool both, int starts, const std::vector<in
         result.converged = both ? global < epsilon : global <= epsilon;
         result.failed += result.converged ? 0 : 1;
         const double last = ssd(v);
+        result.starts.push_back({last, result.converged});
         if (last < result.best) {
             result.best = last;
             result.values = v;
@@ -340,12 +349,132 @@ TEST_F(SpatialSearch, FindsTheParametersThatMadeTheData) {
     EXPECT_NEAR(fit.Tau, 7.0, 0.5);
 }
 
-// With one round no start can end on small steps.
+// Mean of the classes, and migrants by the share of identical pairs.
+std::pair<double, double> start_range(const Data& data) {
+    double m0 = 0.0;
+    for (int k = 1; k <= data.count; ++k)
+        m0 += (k - 1) * data.freq[static_cast<std::size_t>(k)];
+    return {m0, 1.0 / data.freq[1] - 1.0};
+}
+
+constexpr int kLimit = 60;  // rounds of starts of which some converge and some do not
+
+bool best_start_converged(const PlainSearch& plain) {
+    const auto best = std::min_element(plain.starts.begin(), plain.starts.end(),
+                                       [](const auto& a, const auto& b) { return a.ssd < b.ssd; });
+    return best->converged;
+}
+
+// Over seeds, until both searches were seen whose best start ended otherwise than the last one did.
+template <class Search, class Plain>
+void expect_convergence_of_the_last_start(const Search& search, const Plain& plain_form) {
+    int last_alone = 0;
+    int best_alone = 0;
+    for (long seed = 1; seed <= 3000 && (last_alone == 0 || best_alone == 0); ++seed) {
+        long idum = -seed;
+        mnd::ran3(&idum);
+        const PlainSearch plain = plain_form();
+        const bool last = plain.starts.back().converged;
+        if (last == best_start_converged(plain)) continue;
+        idum = -seed;
+        mnd::ran3(&idum);
+        EXPECT_EQ(search(), last) << seed;
+        ++(last ? last_alone : best_alone);
+    }
+    EXPECT_GT(last_alone, 0);
+    EXPECT_GT(best_alone, 0);
+}
+
 TEST_F(SpatialSearch, ReturnsTheConvergenceOfTheLastStart) {
-    Data data = noisy(8);
+    Data data = noisy(6);
+    const auto [m0, M0] = start_range(data);
+    expect_convergence_of_the_last_start(
+        [&data] {
+            mismatchSpatialExpansion fit;
+            const bool converged = fit.hook_jeeves_spatial_exp_3_par(data.diff.data(), data.freq.data(),
+                                                                     data.count, kLimit, 0.001);
+            EXPECT_EQ(fit.not_converged, converged ? 0 : 1);
+            return converged;
+        },
+        [&data, mean = m0, migrants = M0] {
+            return plain_search(data, true, 3, {3, 1, 2}, {migrants * 0.5 + 0.5, 0.95, mean * 0.5 + 0.5},
+                                mean, migrants, kLimit, 0.001);
+        });
+}
+
+TEST_F(SpatialSearch, OfFourParametersReturnsTheConvergenceOfTheLastStart) {
+    Data data = noisy(4);
+    const auto [m0, M0] = start_range(data);
+    expect_convergence_of_the_last_start(
+        [&data] {
+            mnd_test::CapturedLog log;
+            mismatchSpatialExpansion fit;
+            const bool converged = fit.hook_jeeves_spatial_exp_4_par(data.diff.data(), data.freq.data(),
+                                                                     data.count, kLimit, 0.001);
+            // Any start that did not converge is said, the last one or not.
+            EXPECT_EQ(fit.not_converged, 1);
+            EXPECT_TRUE(log.holds("\t\tno convergence after 60 steps (#="));
+            return converged;
+        },
+        [&data, mean = m0, migrants = M0] {
+            return plain_search(data, false, 10, {1, 2, 3, 0}, {0.95, 0.89, 1.1, 1.0}, mean, migrants, kLimit,
+                                0.001);
+        });
+}
+
+// With a threshold as large as the first global step no round is made: below it, as a search of three
+// parameters asks for, the step is not; at it, as with four, it is.
+TEST_F(SpatialSearch, AStepAtTheThresholdEndsTheSearchOfFourParametersAlone) {
+    Data data = noisy(5);
     mismatchSpatialExpansion fit;
-    EXPECT_FALSE(fit.hook_jeeves_spatial_exp_3_par(data.diff.data(), data.freq.data(), data.count, 1, 0.001));
+    EXPECT_FALSE(
+        fit.hook_jeeves_spatial_exp_3_par(data.diff.data(), data.freq.data(), data.count, 2000, 0.95));
     EXPECT_EQ(fit.not_converged, 1);
+    mnd_test::CapturedLog log;
+    EXPECT_TRUE(
+        fit.hook_jeeves_spatial_exp_4_par(data.diff.data(), data.freq.data(), data.count, 2000, 0.95));
+    EXPECT_EQ(fit.not_converged, 0);
+    EXPECT_EQ(log.text(), "");
+    // A little lower, and both make rounds.
+    EXPECT_TRUE(
+        fit.hook_jeeves_spatial_exp_3_par(data.diff.data(), data.freq.data(), data.count, 2000, 0.94));
+    EXPECT_EQ(fit.not_converged, 0);
+}
+
+// One class alone, of pairs without difference, can be followed by hand. Its share is to be 0.5: then M0 =
+// 1, m0 = 0, and Tau starts from 0, raised to 1e-05, where f is 1/(theta + 1) but for what M takes off.
+// The threshold 0.5 is the first step of Tau, which just counts; 2 rounds at most.
+// Start 1, theta 4.62732, M 0.93446, f = 0.17770:
+//   M 1.93446: less, worse; 0.93446 - 1 raised to 1e-05: more, better. theta 5.57732: 0.15204, worse;
+//   3.67732: 0.21380, better. Tau 0.50001: less, worse; raised to 1e-05: the same, not better.
+//   Steps 4, 3.8, 0.25. Round 2: M 4.00001 worse, 1e-05 the same; theta 7.47732: 0.11796, raised to 0.01:
+//   0.99010, worse; Tau rests. Steps 2, 1.9, 0.25: not converged, SSD 8.19e-2.
+// Start 2, theta 0.71123, M 0.86979, f = 0.58437:
+//   M 1.86979: less, better. theta 1.66123: 0.37577, 0.01: 0.99010, worse. Tau 0.50001: 0.50408, better.
+//   Steps 4, 0.475, 2. Round 2: M 5.86979: 0.43452, 1e-05: 0.58437, worse; theta rests; Tau 2.50001:
+//   0.31050, 1e-05: 0.58437, worse. Steps 2, 0.475, 1: not converged, SSD 1.6657e-5, the best.
+// Start 3, theta 1.08434, M 1.10022, f = 0.47977:
+//   M 2.10022: less, worse; 0.10022: more, better. theta 2.03434: 0.32956, 0.13434: 0.88157, worse.
+//   Tau 0.50001: 0.47634, worse; 1e-05: the same. Steps 4, 0.475, 0.25: the largest, with a twentieth
+//   of that of M, is 0.475: converged, SSD 4.09e-4.
+TEST_F(SpatialSearch, GoesThreeStartsAsByHand) {
+    double diff[] = {0, 0, 1};
+    double freq[] = {0, 0.5, 0};
+    double u[9];
+    for (double& draw : u)
+        draw = next();
+    EXPECT_NEAR(5.0 * u[0], 4.62732, 5e-6);
+    EXPECT_NEAR(5.0 * u[3], 0.71123, 5e-6);
+    EXPECT_NEAR(5.0 * u[6], 1.08434, 5e-6);
+    seed();
+    mismatchSpatialExpansion fit;
+    EXPECT_TRUE(fit.hook_jeeves_spatial_exp_3_par(diff, freq, 2, 2, 0.5));
+    EXPECT_EQ(fit.Theta0, 5.0 * u[3]);
+    EXPECT_EQ(fit.Theta1, 5.0 * u[3]);
+    EXPECT_DOUBLE_EQ(fit.Tau, 1e-05 + 0.5);
+    EXPECT_DOUBLE_EQ(fit.M, u[5] * 1.5 + 0.5 + 1.0);
+    EXPECT_NEAR(fit.ssd_work, 1.6657e-5, 5e-10);
+    EXPECT_EQ(fit.not_converged, 0);
 }
 
 // Starts of M lie between 50 and 200 when no pair is identical. With no round made, the best start
