@@ -123,15 +123,21 @@ void print_moment_fit(std::ostream& out, const PopGenetics& sample) {
         << sample.mm_raggedness << '\n';
 }
 
+// Squared differences of allele sizes may run into millions of classes, of which few have pairs.
+constexpr int kMostRows = 10000;
+
 void print_moment_table(std::ostream& out, const PopGenetics& sample) {
     const FormatGuard guard(out);
-    out << '\n' << rule('-', kFitTitles) << '\n' << kFitTitles;
-    set_class_format(out);
     const int last = std::clamp(std::max(sample.last_expected_class, sample.max_diff), 0,
                                 static_cast<int>(sample.mm_counts.size()) - 1);
+    const bool all = last < kMostRows;
+    if (!all) out << "\nOf the classes 0 to " << last << " only those with pairs are listed.\n";
+    out << '\n' << rule('-', kFitTitles) << '\n' << kFitTitles;
+    set_class_format(out);
     for (int i = 0; i <= last; ++i) {
         const auto k = static_cast<std::size_t>(i);
-        print_class_row(out, i, {static_cast<double>(sample.mm_counts[k]), sample.mm_expected[k]});
+        if (all || sample.mm_counts[k] != 0)
+            print_class_row(out, i, {static_cast<double>(sample.mm_counts[k]), sample.mm_expected[k]});
     }
 }
 

@@ -227,6 +227,20 @@ TEST(MismatchTables, DifferencesBeyondATableHaveTheirMoments) {
     EXPECT_FALSE(contains(text, "identical"));
 }
 
+// The 3 pairs alike and 4 of each distance, in rows of their own, and none without pairs.
+TEST(MismatchTables, ThousandsOfClassesAreListedWhereTheyHavePairs) {
+    const std::string text = Distances<mnd::PopulDNA>(20000.0, 20000.0, 30000.0, 30000).print();
+    EXPECT_TRUE(contains(text, " only those with pairs are listed.\n"));
+    const std::size_t rows = text.find("Model Freq.\n") + std::string("Model Freq.\n").size();
+    EXPECT_EQ(count_of(text.substr(rows), "\n"), 3);
+    EXPECT_TRUE(contains(text, "\n            0          3.0"));
+    EXPECT_TRUE(contains(text, "\n        20000          8.0"));
+    EXPECT_TRUE(contains(text, "\n        30000          4.0"));
+    const std::string all = Distances<mnd::PopulDNA>(30.0, 30.0, 40.0, 40).print();
+    EXPECT_FALSE(contains(all, "only those with pairs"));
+    EXPECT_TRUE(contains(all, "\n            7          0.0"));
+}
+
 TEST(MismatchTables, DifferencesBeyondATableGetNoFitWhichIsSaid) {
     Distances<mnd::PopulDNA> d(1e9, 1e9, 2e9, 2000000000);
     d.s.MismatchDemogExp = d.s.MismatchSpatialExp = true;
