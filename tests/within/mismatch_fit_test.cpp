@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <vector>
 
 #include "foundation/random.h"
 #include "model/popul_dna.h"
+#include "run/settings.h"
 #include "support/seeded_stream.h"
+#include "within/text_sample.h"
 
 namespace {
 
@@ -522,6 +525,34 @@ TEST(ObservedDistribution, OfIdenticalCopiesIsEmpty) {
     const Data data = read(fit);
     EXPECT_EQ(data.total, 0);
     EXPECT_EQ(data.count, 2);
+}
+
+// Two clusters of five copies, five differences apart: 20 pairs without difference, 25 with five. Mean
+// 125/45 = 2.77778, variance (625 - 125^2/45)/44 = 6.31313; theta = sqrt(6.31313 - 2.77778) = 1.88025,
+// tau = 2.77778 - 1.88025 = 0.89752. Expected, 45 times the sum over j of e^-tau tau^j/j! r^(i-j) (1 - r)
+// with r = theta/(theta + 1) = 0.65281, worked out apart from the program:
+//   class      0       1       2       3       4       5       6       7       8       9      10
+//   expected  6.3678  9.8723  9.0095  6.6488  4.5126  2.9767  1.9479  1.2722  0.8306  0.5422  0.3540
+// Classes 4 and 5 make a run of 7.4893 with 25 pairs; 6 to 10 come to 4.9468, no run, and do not count.
+//   (6.3678 - 20)^2/6.3678 = 29.1835, 9.8723, 9.0095, 6.6488, (7.4893 - 25)^2/7.4893 = 40.9415
+// Their sum is 95.6556; 5 classes leave 3 degrees of freedom, of which the tail is erfc(sqrt(x/2)) +
+// sqrt(2 x/pi) e^(-x/2) = 1.3348e-20.
+TEST(ObservedDistribution, IsTestedOnMergedClasses) {
+    mnd_test::TextSample<mnd::PopulDNA> sample({"AAAAAA", "CCCCCA"}, {5, 5});
+    mnd::settings s;
+    std::fstream unopened;
+    mnd::PopulDNA& copies = sample.sample;
+    copies.del_weight = copies.ts_weight = copies.tv_weight = 1.0;
+    copies.compute_distance_matrix(nullptr, &s, 1);
+    ASSERT_EQ(copies.compute_mm_distr(unopened, s), 1);
+    const double expected[] = {6.367838, 9.872266, 9.009502, 6.648803, 4.512567, 2.976748,
+                               1.947869, 1.272178, 0.830555, 0.542200, 0.353953};
+    ASSERT_EQ(copies.mm_expected.size(), 11u);
+    for (std::size_t i = 0; i < 11; ++i)
+        EXPECT_NEAR(copies.mm_expected[i], expected[i], 1e-6) << i;
+    EXPECT_NEAR(copies.mm_chi2, 95.65562178264, 1e-9);
+    EXPECT_EQ(copies.mm_chi2_df, 3);
+    EXPECT_NEAR(copies.mm_chi2_p, 1.334787e-20, 1e-4 * 1.334787e-20);
 }
 
 TEST(SuddenExpansionFit, StartsWithTheseDefaults) {
