@@ -185,6 +185,25 @@ TEST_F(CoalescentTree, RangeExpansionEndsWhateverTheParameters) {
     }
 }
 
+TEST_F(CoalescentTree, ARateOfLeavingBelowZeroIsNone) {
+    TTree none(8);
+    none.build_tree_range_exp(0.5, 0.0);
+    TTree below(8);
+    seed();
+    below.build_tree_range_exp(0.5, -0.2);
+    for (std::size_t i = 8; i < 15; ++i)
+        EXPECT_EQ(below.nodes[i].time, none.nodes[i].time);
+}
+
+TEST_F(CoalescentTree, AReplicateForgetsTheCandidatesOfTheOneBefore) {
+    TTree tree(4);
+    TTree::matchingNodes.Add(nullptr);
+    TTree::nodeWeights.Add(1.0);
+    tree.build_tree();
+    EXPECT_EQ(TTree::matchingNodes.count, 0);
+    EXPECT_EQ(TTree::nodeWeights.count, 0);
+}
+
 TEST_F(CoalescentTree, BottleneckStretchesTheAgesBeyondT) {
     TTree tree(20);
     tree.build_tree();

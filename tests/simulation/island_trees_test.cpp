@@ -293,6 +293,81 @@ TEST_F(Islands, CoalescenceNeedsADemeOfTwo) {
     EXPECT_EQ(tree.lineages, 3);
 }
 
+// Puts a number at the place of the stream that is drawn next.
+void set_next_number(double u) {
+    mnd::uniform_stream.ma[mnd::uniform_stream.inext + 1] = static_cast<std::int64_t>(u / mnd::FAC + 0.5);
+}
+
+// The deme that stands first has no pair.
+TEST_F(Islands, ANumberOfZeroChoosesADemeOfTwo) {
+    Samples samples;
+    add_samples(samples, {1, 2, 1});
+    TTree tree;
+    tree.num_demes = 3;
+    tree.createInitialNodes(samples);
+    set_next_number(0.0);
+    tree.coalesceWithinAPop(0.5);
+    EXPECT_EQ(tree.lineages, 3);
+    EXPECT_EQ(tree.nodes[1].ancestor, &tree.nodes[4]);
+    EXPECT_EQ(tree.nodes[2].ancestor, &tree.nodes[4]);
+}
+
+// The rates of the two demes are 1 and 1: half of their sum is reached in the first.
+TEST_F(Islands, TheDemeIsTheFirstInWhichTheSumOfRatesReachesTheNumber) {
+    Samples samples;
+    add_samples(samples, {2, 2});
+    TTree tree;
+    tree.num_demes = 2;
+    tree.createInitialNodes(samples);
+    set_next_number(0.5);
+    tree.coalesceWithinAPop(0.5);
+    EXPECT_EQ(tree.nodes[0].ancestor, &tree.nodes[4]);
+    EXPECT_EQ(tree.nodes[2].ancestor, nullptr);
+}
+
+TEST_F(Islands, AReplicateForgetsTheOneBefore) {
+    Samples samples;
+    add_samples(samples, {3, 2});
+    Structure structure;
+    add_groups(structure, samples, {{0}, {1}});
+    TTree tree;
+    for (const bool hierarchical : {false, true}) {
+        tree.deme_size = 20.0;
+        TNode::_tot_mut = TNode::node_count = 99;
+        TTree::matchingNodes.Add(nullptr);
+        TTree::nodeWeights.Add(1.0);
+        if (hierarchical) {
+            EXPECT_EQ(tree.build_tree_struct_pop(samples, structure, 0.0, 0.3, 0.1, 5, 4), 1);
+        } else {
+            EXPECT_EQ(tree.build_tree_struct_pop(samples, 0.0, 0.2, 5), 1);
+        }
+        EXPECT_EQ(tree.deme_size, 1000.0);
+        EXPECT_EQ(TNode::_tot_mut, 0);
+        EXPECT_EQ(TNode::node_count, 4);
+        EXPECT_EQ(TTree::matchingNodes.count, 0);
+        EXPECT_EQ(TTree::nodeWeights.count, 0);
+    }
+}
+
+// Two demes are asked for, but four samples have one each: m = 3 (1 / 0.2 - 1) / (2 1000 4).
+TEST_F(Islands, TheRateOfMigrationIsThatOfTheRaisedDemes) {
+    Samples samples;
+    add_samples(samples, {2, 2, 2, 2});
+    TTree tree;
+    ASSERT_EQ(tree.build_tree_struct_pop(samples, 0.0, 0.2, 2), 1);
+    EXPECT_NEAR(tree.migration_rate, 0.0015, 1e-15);
+}
+
+TEST_F(Islands, DemesWithoutASizeHaveNoRateOfCoalescence) {
+    Samples samples;
+    add_samples(samples, {5, 4});
+    TTree tree;
+    tree.deme_size = 0.0;
+    tree.createInitialNodes(samples);
+    EXPECT_EQ(tree.lineages, 9);
+    EXPECT_EQ(tree.total_coal_rate, 0.0);
+}
+
 TEST_F(Islands, AMigrantNeedsAnotherDemeAndPermission) {
     Samples samples;
     add_samples(samples, {3});

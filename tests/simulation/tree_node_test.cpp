@@ -68,20 +68,23 @@ TEST_F(TreeNode, MutationsDrawAsAPlainRecursionDoes) {
     }
 }
 
+// Below 0 the shape stands for two classes of sites, which are counted so too.
 TEST_F(TreeNode, SitesOfDifferentRatesAreCountedFromTheLastOneDown) {
-    const MutationModel model{.mu = 30.0, .sites = 6, .type = mnd::kNewStateMutation, .gamma_a = 0.5};
-    TTree tree(12);
-    TNode::mut_rates.build(6, 0.5, 1.0, 1.0);
-    seed();
-    tree.build_tree();
-    const long total = add(tree, model);
-    const double after = next();
-    seed();
-    mnd_test::PlainTree plain = mnd_test::plain_kingman(12);
-    mnd_test::PlainMutations mutations(plain, model, TNode::mut_rates.rates);
-    EXPECT_EQ(mutations.drop(), total);
-    EXPECT_EQ(next(), after);
-    EXPECT_EQ(TNode::hits, mutations.hits);
+    for (const double shape : {0.5, -1.0}) {
+        const MutationModel model{.mu = 30.0, .sites = 6, .type = mnd::kNewStateMutation, .gamma_a = shape};
+        TTree tree(12);
+        TNode::mut_rates.build(6, shape, 0.3, 5.0);
+        seed();
+        tree.build_tree();
+        const long total = add(tree, model);
+        const double after = next();
+        seed();
+        mnd_test::PlainTree plain = mnd_test::plain_kingman(12);
+        mnd_test::PlainMutations mutations(plain, model, TNode::mut_rates.rates);
+        EXPECT_EQ(mutations.drop(), total);
+        EXPECT_EQ(next(), after);
+        EXPECT_EQ(TNode::hits, mutations.hits) << shape;
+    }
 }
 
 TEST_F(TreeNode, ASumOfRatesBelowTheNumberDrawnHitsTheFirstSite) {
