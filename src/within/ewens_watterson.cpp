@@ -153,10 +153,10 @@ double PopGenetics::compute_rand_frequencies_and_F(AlleleList& ranks, double con
                                                    double& count_slatkin) {
     const int n = integer_part(sample_size);
     const int k = static_cast<int>(ranks.count);
-    if (sampler == nullptr || sampler->n() != n || sampler->k() != k) {
-        if (k < 1 || k > n || !ensure_B(n, k)) return 0.0;
+    // Each time: the table may have been shrunk since the sampler was made.
+    if (k < 1 || k > n || !ensure_B(n, k)) return 0.0;
+    if (sampler == nullptr || sampler->n() != n || sampler->k() != k)
         sampler = std::make_shared<ConfigurationSampler>(n, k, BMat);
-    }
     const int* const counts = sampler->draw_sorted();
     for (int i = 0; i < k; ++i) {
         const double count = counts[i];

@@ -77,10 +77,10 @@ public:
     // Returns:  false when the run was stopped
     template <class Take>
     bool simulate(int num_sim, const settings& s, Take take) {
-        for (int i = 1; i <= num_sim; ++i) {
+        for (int done = 0; done < num_sim;) {
             sample_.fast_simulate_sample(mutated_, model_);
             take(*this);
-            kSequenceTestProgress.note(i);
+            kSequenceTestProgress.note(++done);
             if (s.stopped()) return false;
         }
         return true;

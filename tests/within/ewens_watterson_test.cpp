@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "support/batch_summary.h"
 #include "support/captured_log.h"
 #include "support/captured_reports.h"
+#include "support/stop_at_progress.h"
 #include "support/text_files.h"
 #include "within/counted_sample.h"
 #include "within/ewens_sampling.h"
@@ -372,6 +374,43 @@ TEST_F(EwensWatterson, OneConfigurationAtATimeAddsToTheRanks) {
     EXPECT_EQ(ranks[0]->freq + ranks[1]->freq + ranks[2]->freq, 20.0);
 }
 
+// The numbers of copies and of alleles are those at hand, not those of the draw before; and the shared
+// table may have been shrunk in between.
+TEST_F(EwensWatterson, EachConfigurationHasItsOwnSizesAndATable) {
+    PopulStandard& sample = add({5, 3, 2});
+    const auto draw = [&sample](int k, double n) {
+        AlleleList ranks;
+        for (int i = 0; i < k; ++i)
+            ranks.Add(new AHaplFreq);
+        double hits = 0.0;
+        int* no_classes = nullptr;
+        sample.sample_size = n;
+        seed();
+        mnd::reset_draws_taken();
+        sample.compute_rand_frequencies_and_F(ranks, 2.0, hits, no_classes, hits);
+        EXPECT_EQ(mnd::draws_taken(), static_cast<unsigned>(k - 1));
+        std::vector<double> counts;
+        for (long i = 0; i < ranks.count; ++i)
+            counts.push_back(ranks[i]->freq);
+        return counts;
+    };
+    const auto copies = [](const std::vector<double>& counts) {
+        return std::accumulate(counts.begin(), counts.end(), 0.0);
+    };
+    const std::vector<double> three = draw(3, 10.0);
+    EXPECT_EQ(copies(three), 10.0);
+    const std::vector<double> four = draw(4, 10.0);
+    EXPECT_EQ(four.size(), 4U);
+    EXPECT_EQ(copies(four), 10.0);
+    EXPECT_GT(four.back(), 0.0);
+    const std::vector<double> many = draw(4, 300.0);
+    EXPECT_EQ(copies(many), 300.0);
+    sample.clean_bnum();
+    EXPECT_EQ(draw(4, 300.0), many);
+    EXPECT_EQ(draw(3, 10.0), three);
+    sample.clean_bnum();
+}
+
 TEST_F(EwensWatterson, TheFirstFrequencyIsDrawnAlone) {
     PopulStandard& sample = add({5, 3, 2});
     for (int i = 0; i < 20; ++i) {
@@ -396,7 +435,7 @@ TEST_F(EwensWatterson, TheFirstFrequencyIsDrawnAlone) {
 TEST_F(EwensWatterson, WithoutSimulatedSamplesThereIsNoPValue) {
     a.s.NumIterationsNeutralityTests = 0;
     PopulStandard& sample = add({2, 3});
-    sample.ew_p = sample.slatkin_p = 0.5;
+    sample.exp_F = sample.ew_p = sample.slatkin_p = 0.5;
     mnd::reset_draws_taken();
     EXPECT_EQ(test(sample),
               "Original haplotype definition was used for the tests\n\n"
@@ -417,6 +456,7 @@ TEST_F(EwensWatterson, WithoutSimulatedSamplesThereIsNoPValue) {
               "     1   0.0000000   0.0000000          0.0000      0.0000\n"
               "     2   0.0000000   0.0000000          0.0000      0.0000\n");
     EXPECT_EQ(mnd::draws_taken(), 0U);
+    EXPECT_EQ(sample.exp_F, 0.0);
     EXPECT_EQ(sample.ew_p, -1.0);
     EXPECT_EQ(sample.slatkin_p, -1.0);
     a.s.NumIterationsNeutralityTests = -5;
@@ -532,6 +572,21 @@ TEST_F(EwensWatterson, AStoppedRunGivesNothing) {
     EXPECT_EQ(sample.ew_p, -1.0);
 }
 
+// The first message comes after 100 of 1000 simulated samples.
+TEST_F(EwensWatterson, EndsWhenTheRunIsStopped) {
+    mnd_test::BatchSummary summary(&mnd::ofs_ewens_watt);
+    a.s.NumIterationsNeutralityTests = 1000;
+    PopulStandard& sample = add({6, 3, 2});
+    mnd::reset_draws_taken();
+    const mnd_test::StopAtProgress stop(a.s, 10.0);
+    EXPECT_EQ(test(sample), "");
+    EXPECT_EQ(mnd::draws_taken(), 200U);
+    EXPECT_EQ(sample.ew_p, -1.0);
+    EXPECT_EQ(sample.slatkin_p, -1.0);
+    EXPECT_EQ(sample.slatkin_test, 0);
+    EXPECT_EQ(summary.rows(), "");
+}
+
 TEST_F(EwensWatterson, TablesAreElementsOfAnXmlDocument) {
     a.s.NumIterationsNeutralityTests = 0;
     PopulStandard& sample = add({2, 3}, "L&M");
@@ -553,11 +608,13 @@ TEST_F(EwensWatterson, WritesARowOfTheBatchSummary) {
     test(add({2, 3}, "B"));
     test(add({1, 1}, "C"));
     test(add({4}, "D"));
+    test(add({4998, 2}, "E"));
     EXPECT_EQ(summary.rows(),
               "\"A\"\t3\t2\t2\t0.55556\t0.55556\t1.00000\t1.00000\n"
               "\"B\"\t5\t2\t2\t0.52000\tN.A.\tN.A.\tN.A.\n"
               "\"C\"\tEwens-Watterson test is impossible because all gene copies are different\n"
-              "\"D\"\tEwens-Watterson test is impossible because there is only one allele in the sample\n");
+              "\"D\"\tEwens-Watterson test is impossible because there is only one allele in the sample\n"
+              "\"E\"\t5000\t2\t2\tN.A.\tN.A.\tN.A.\tN.A.\n");
 }
 
 // --- As a step of the analyses of a sample

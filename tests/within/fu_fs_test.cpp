@@ -14,6 +14,7 @@
 #include "run/tasks.h"
 #include "support/batch_summary.h"
 #include "support/captured_reports.h"
+#include "support/stop_at_progress.h"
 #include "within/neutral_samples.h"
 #include "within/neutrality_tables.h"
 #include "within/sequence_neutrality.h"
@@ -283,11 +284,13 @@ TEST_F(Fu, LeavesDistancesAndDiversityAsTheyWere) {
     a.analyse(mnd::kTaskMolecularDiversity);
     const mnd::RectMat* const matrix = sample.dist_mat.get();
     const double theta_pi = sample.theta_pi;
+    const double sd_theta_pi = sample.sd_theta_pi;
     EXPECT_GT(theta_pi, 1.2);  // the indel counts
     std::ostringstream out;
     fu_test(sample, a.s, out);
     EXPECT_EQ(sample.dist_mat.get(), matrix);
     EXPECT_EQ(sample.theta_pi, theta_pi);
+    EXPECT_EQ(sample.sd_theta_pi, sd_theta_pi);
     EXPECT_EQ(sample.mean_pairwise_diff, theta_pi);
     EXPECT_EQ(sample.del_weight, a.s.DeletionWeight);
 }
@@ -376,6 +379,32 @@ TEST_F(Fu, HasTheLimitOfAlleles) {
     ASSERT_EQ(reports.all().size(), before + 1);
     EXPECT_EQ(reports.all().back(), fu_warning(mnd::kTooManyAllelesOrTooLargeSample));
     accepted.clean_bnum();
+}
+
+// 4800 copies of 980 alleles that differ at 450 of 600 sites on average. Some 450 ln(1 + 4800/450) = 1106
+// alleles are expected, with a deviation of 25: Fs is above 0, and all simulated samples have more alleles
+// than the table serves. An Fs that can't be computed counts as 0.
+TEST_F(Fu, AReplicateBeyondTheLimitsCountsAsZero) {
+    std::string lines;
+    for (int i = 0; i < 980; ++i) {
+        std::string sequence;
+        for (int site = 0; site < 600; ++site)
+            sequence += "ACGT"[static_cast<int>(4.0 * next())];
+        const std::string name = 'h' + std::to_string(i);
+        lines += name + (i < 880 ? " 5 " : " 4 ") + sequence + '\n';
+    }
+    PopulDNA& sample = compared(a, lines);
+    const CapturedReports reports;
+    const Run tested = run(test_of_fu, sample, a.s, 3);
+    EXPECT_GT(sample.fu_Fs, 0.0);
+    EXPECT_LT(sample.fu_Fs, 100.0);
+    EXPECT_EQ(sample.fu_p, 1.0);
+    const std::string mean_k = "\nMean k                       : ";
+    const std::size_t at = tested.text.find(mean_k);
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_GT(std::stod(tested.text.substr(at + mean_k.size())), 1000.0);
+    EXPECT_TRUE(reports.all().empty());
+    sample.clean_bnum();
 }
 
 // Alleles that differ by indels alone: there are two, but no differences.
@@ -509,6 +538,23 @@ TEST_F(Fu, AStoppedRunHasNoPValue) {
     fu_test(sample, a.s, out);
     EXPECT_EQ(sample.fu_p, -1.0);
     EXPECT_EQ(out.str(), "");
+}
+
+// The first message comes after 50 of 1000 simulated samples.
+TEST_F(Fu, EndsWhenTheRunIsStopped) {
+    mnd_test::BatchSummary summary(&mnd::ofs_fu_fs);
+    PopulDNA& sample = six();
+    sample.evaluate_polymorphism(a.s);
+    a.s.NumSimulFuTest = 1000;
+    sample.fu_p = 0.5;
+    std::ostringstream out;
+    const mnd_test::StopAtProgress stop(a.s, 20.0);
+    fu_test(sample, a.s, out);
+    EXPECT_EQ(mnd::settings::global_work_done, 1.0);
+    EXPECT_EQ(sample.fu_p, -1.0);
+    EXPECT_TRUE(contains(out.str(), "Fs                           : -1.45444\n"));
+    EXPECT_FALSE(contains(out.str(), "No. of simulations"));
+    EXPECT_EQ(summary.rows(), "");
 }
 
 TEST_F(Fu, AStoppedRunHasNoRow) {

@@ -788,8 +788,12 @@ TEST(SampleAnalyses, UnknownPhaseGetsTextsInPlaceOfTests) {
     AnalysedSamples<PopulDNA> a(genotypic(DNA, 0, 0));
     a.add("Lake", "a 2 ACG\n ACT\n");
     a.prepare();
+    a.s.NumIterationsNeutralityTests = 300;
+    a.s.NumSimulFuTest = 200;
+    mnd::settings::global_work_done = 0.0;
     const std::string document =
         a.analyse(kTaskMismatch | kTaskTajima | kTaskChakraborty | kTaskEwensWatterson | kTaskFuFs);
+    EXPECT_EQ(mnd::settings::global_work_done, 4.0 + 3.0 + 4.0);  // the tests of neutrality as planned
     EXPECT_TRUE(contains(document,
                          "\n\nMismatch distribution cannot be computed \n"
                          "in case of genotypic data with unknown gametic phase\n\n"

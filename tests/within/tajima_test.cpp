@@ -8,8 +8,10 @@
 #include "model/popul_dna.h"
 #include "model/popul_rflp.h"
 #include "run/tasks.h"
+#include "simulation/coalescent_tree.h"
 #include "support/batch_summary.h"
 #include "support/captured_reports.h"
+#include "support/stop_at_progress.h"
 #include "within/neutral_samples.h"
 #include "within/neutrality_tables.h"
 #include "within/sequence_neutrality.h"
@@ -85,10 +87,21 @@ TEST(TajimaD, ALastDigitOfTheNumeratorIsZero) {
     const double pi = theta + 4e-16;
     EXPECT_EQ(D_of(4, theta, 11.0), 0.0);
     EXPECT_EQ(D_of(4, pi, 11.0), 0.0);
+    EXPECT_GT(D_of(4, theta + 4e-15, 11.0), 0.0);
     // Replicates have no such check.
     const double small = 1.0 / tajima_constants(4).a1;
     EXPECT_EQ(D_of(4, std::nextafter(small, 1.0), 1.0), 0.0);
     EXPECT_GT(fast_tajima_D(tajima_constants(4), std::nextafter(small, 1.0), 1.0), 0.0);
+}
+
+// Below four copies both parts of the variance are 0; the second one alone is enough.
+TEST(TajimaD, WithoutASquareTermOfTheVarianceIsNotDefined) {
+    for (const double e2 : {0.0, -0.01}) {
+        const mnd::TajimaConstants constants{2.0, 0.5, e2};
+        EXPECT_FALSE(tajima_D(constants, 3.0, 4.0).defined);
+        EXPECT_EQ(tajima_D(constants, 3.0, 4.0).D, 0.0);
+        EXPECT_NEAR(fast_tajima_D(constants, 3.0, 4.0), 1.0 / std::sqrt(2.0 + 12.0 * e2), 1e-15);
+    }
 }
 
 TEST(TajimaD, OfReplicatesIsTheSame) {
@@ -208,15 +221,22 @@ TEST_F(Tajima, LeavesDistancesAndDiversityAsTheyWere) {
     const mnd::RectMat* const matrix = sample.dist_mat.get();
     const double pi = sample.mean_pairwise_diff;
     const double theta_pi = sample.theta_pi;
+    const double sd_pi = sample.sd_pairwise_diff;
+    const double diversity = sample.nucl_diversity;
     const double sd = sample.sd_nucl_diversity;
-    EXPECT_GT(pi, 2.4);  // the indel counts
+    const int max_dist = sample.max_dist;
+    EXPECT_NE(max_dist, 4);  // differences of h1 and h4
+    EXPECT_GT(pi, 2.4);      // the indel counts
     const mnd::settings& s = a.s;
     std::ostringstream out;
     tajima_test(sample, a.s, out);
     EXPECT_EQ(sample.dist_mat.get(), matrix);
     EXPECT_EQ(sample.mean_pairwise_diff, pi);
+    EXPECT_EQ(sample.sd_pairwise_diff, sd_pi);
     EXPECT_EQ(sample.theta_pi, theta_pi);
+    EXPECT_EQ(sample.nucl_diversity, diversity);
     EXPECT_EQ(sample.sd_nucl_diversity, sd);
+    EXPECT_EQ(sample.max_dist, max_dist);
     EXPECT_EQ(sample.distance_method, 2);
     EXPECT_EQ(sample.gamma_a, 0.5);
     EXPECT_EQ(sample.del_weight, s.DeletionWeight);
@@ -282,6 +302,7 @@ struct PlainPValues {
     double P = 0.0;
     double P_not_positive = 0.0;
     mnd::RunningSums theta;
+    mnd::RunningSums D;
     std::uint64_t draws = 0;
 };
 
@@ -299,6 +320,7 @@ protected:
             replicate.calc_theta_S(n, replicate.nb_subst_sites);
             replicate.fast_tajimaD(n, replicate.mean_pairwise_diff, replicate.nb_subst_sites);
             plain.theta.add(replicate.theta_S);
+            plain.D.add(replicate.tajima_D);
             if (replicate.tajima_D <= sample.tajima_D) ++below;
             if (replicate.tajima_D <= 0.0) ++not_positive;
         });
@@ -336,6 +358,17 @@ TEST_F(TajimaReplicates, AreWholeSamples) {
 
 TEST_F(TajimaReplicates, OfRestrictionSitesAreWholeSamples) {
     expect_p_values_of_whole_samples(nine(), rflp.s, 10);
+}
+
+TEST_F(TajimaReplicates, HaveTheirMeanInTheRow) {
+    mnd_test::BatchSummary summary(&mnd::ofs_tajima);
+    PopulDNA& sample = five();
+    sample.evaluate_polymorphism(a.s);
+    run(test_of_tajima, sample, a.s, 30);
+    const PlainPValues plain = plain_p_values(sample, a.s, 8);
+    char end[100];
+    std::snprintf(end, sizeof end, "\t%.5f\t%.5f\t%.5f\t30\n", plain.P, plain.D.mean(), plain.P_not_positive);
+    EXPECT_TRUE(contains(summary.rows(), end)) << summary.rows() << end;
 }
 
 // theta is that of a sequence: sites that the sample can't use do not make its sequences shorter.
@@ -379,6 +412,27 @@ TEST_F(TajimaReplicates, HaveNoWeights) {
                          "Mean No. of pairwise differences (Pi) : 3.90000\n"));
 }
 
+// A mismatch distribution simulates sequences of 400 sites with unequal rates: none of that is left for the
+// test, nor the other way round.
+TEST_F(TajimaReplicates, AreThoseOfARunWithoutAMismatchDistribution) {
+    a.s.MismatchDemogExp = true;
+    a.s.NumBootExpDem = 3;
+    PopulDNA& sample = gappy();
+    const std::string alone = run(test_of_tajima, sample, a.s, 100).text;
+    const auto mismatch = [this] {
+        const std::size_t before = a.document.text().size();
+        seed();
+        return a.analyse(mnd::kTaskMismatch).substr(before);
+    };
+    const mnd_test::CapturedReports reports;
+    const std::string fitted = mismatch();
+    ASSERT_EQ(mnd::TNode::hits.size(), 400U);
+    EXPECT_EQ(run(test_of_tajima, sample, a.s, 100).text, alone);
+    EXPECT_EQ(mnd::TNode::hits.size(), static_cast<std::size_t>(kSites));
+    EXPECT_EQ(mismatch(), fitted);
+    EXPECT_TRUE(reports.all().empty());
+}
+
 TEST_F(Tajima, OfRestrictionSitesHasItsOwnLabel) {
     rflp.s.NumSimulFuTest = 0;
     rflp.add("Lake", "h1 3 00110\nh2 2 01100\n");
@@ -400,6 +454,23 @@ TEST_F(Tajima, AStoppedRunHasNoPValue) {
     EXPECT_EQ(sample.tajima_p, -1.0);
     EXPECT_EQ(sample.tajima_D, 0.0);
     EXPECT_EQ(out.str(), "");
+}
+
+// The first message comes after 50 of 1000 simulated samples.
+TEST_F(Tajima, EndsWhenTheRunIsStopped) {
+    mnd_test::BatchSummary summary(&mnd::ofs_tajima);
+    PopulDNA& sample = five();
+    sample.evaluate_polymorphism(a.s);
+    a.s.NumSimulFuTest = 1000;
+    sample.tajima_p = 0.5;
+    std::ostringstream out;
+    const mnd_test::StopAtProgress stop(a.s, 20.0);
+    tajima_test(sample, a.s, out);
+    EXPECT_EQ(mnd::settings::global_work_done, 1.0);
+    EXPECT_EQ(sample.tajima_p, -1.0);
+    EXPECT_TRUE(contains(out.str(), "Tajima's D  "));
+    EXPECT_FALSE(contains(out.str(), "No. of simulations"));
+    EXPECT_EQ(summary.rows(), "");
 }
 
 TEST_F(Tajima, SimulationsEndWhenTheRunIsStopped) {
@@ -428,7 +499,9 @@ TEST_F(Tajima, WritesARowOfTheBatchSummary) {
     a.add("Pond", "p1 3 AACC\n");
     a.prepare();
     a.s.NumSimulFuTest = 0;
+    sample.tajima_D = sample.tajima_p = 0.5;  // of a run before
     a.analyse(kTaskTajima);
+    EXPECT_EQ(sample.tajima_p, -1.0);
     mnd::TajimaReport report;
     report.n = 5;
     report.S = 4;
