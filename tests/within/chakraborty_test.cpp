@@ -72,6 +72,14 @@ TEST_F(Chakraborty, BeyondTheTableThereIsNoProbability) {
     EXPECT_EQ(sample.proba_less_than_k(1001, 4000, 2.0), 0.0);
 }
 
+// More alleles than copies need no larger table: they are surely not reached.
+TEST_F(Chakraborty, FewerAllelesThanALargeNumberAreCertain) {
+    PopulStandard& sample = add({2, 1});
+    for (const int k : {11, 12, 1000, 2000})
+        EXPECT_NEAR(sample.proba_less_than_k(k, 10, 2.0), 1.0, 1e-8) << k;
+    EXPECT_NEAR(sample.proba_less_than_k(10, 10, 2.0), 1.0 - 2.0 * 512.0 / 39916800.0, 1e-8);
+}
+
 // Counts 6, 3, 2, 1 of 12: sum p^2 = 50/144, H = 12/11 (1 - 50/144) = 0.712121, h = 0.287879.
 // theta solves 1/h - 1 = 2.473684 = theta (1 + 2 (theta + 1)/((theta + 2)(theta + 3))): 1.897593 by a
 // root finder of 30 digits. At that theta, by integer Stirling numbers of 12:

@@ -175,6 +175,24 @@ TEST(FuFs, TellsASmallSumFromANegativeOne) {
     EXPECT_GT(finite, 0);
 }
 
+// A single copy can't have two alleles: P(K < 2) is 1, and comes out so to the last digit for some theta.
+TEST(FuFs, IsMinusInfinityWhenAsManyAllelesAreImpossible) {
+    PopulDNA sample;
+    sample.sample_size = 1;
+    int impossible = 0;
+    for (int i = 0; i < 500; ++i) {
+        const CapturedReports reports;
+        double Fs = kUntouched;
+        const int result = sample.Fu_Fs(1.9 + i / 2048.0, 2, Fs, true);
+        if (Fs > -kNumericalInfinity) continue;  // within rounding
+        ++impossible;
+        EXPECT_EQ(Fs, -kNumericalInfinity);
+        EXPECT_EQ(result, 0);
+        EXPECT_TRUE(reports.all().empty());
+    }
+    EXPECT_GT(impossible, 0);
+}
+
 // --- The test of a sample
 
 constexpr auto test_of_fu = [](auto& sample, mnd::settings& s, std::ostream& out) {
