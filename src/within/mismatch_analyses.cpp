@@ -1,7 +1,9 @@
 #include "within/mismatch_analyses.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <numeric>
 #include <vector>
 
@@ -25,12 +27,9 @@ struct Distribution {
     long total = 0;
 
     // Slot `pairs` + 1 is that above the last possible class.
-    Distribution(ann_missmatch& fit, std::ostream& out)
+    explicit Distribution(ann_missmatch& fit)
         : diff(static_cast<std::size_t>(fit.pairs) + 10), freq(diff), fitted(diff) {
         fit.read_mismatch_pop(diff.data(), freq.data(), count, total);
-        const std::vector<std::int64_t>& counts = fit.pop->mm_counts;
-        const std::int64_t all = std::accumulate(counts.begin(), counts.end(), std::int64_t{0});
-        if (all > total) print_pairs_left_out(out, all - total, total, count - 2);
         diff[static_cast<std::size_t>(fit.pairs) + 1] = fit.pairs;
         if (total <= 0) return;
         for (double& f : freq)
@@ -49,7 +48,7 @@ struct Distribution {
 }  // namespace
 
 bool ann_missmatch::solve_least_square_rh(std::basic_fstream<char>& out) {
-    Distribution data(*this, out);
+    Distribution data(*this);
     if (data.total <= 0) return true;
     hook_jeeves_rh(data.diff.data(), data.freq.data(), data.count, max_steps, epsilon);
     fitted = true;
@@ -66,7 +65,7 @@ bool ann_missmatch::solve_least_square_rh(std::basic_fstream<char>& out) {
 }
 
 bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_3_par(std::basic_fstream<char>& out) {
-    Distribution data(*this, out);
+    Distribution data(*this);
     M = kStartOfM;
     if (data.total <= 0) return true;
     hook_jeeves_spatial_exp_3_par(data.diff.data(), data.freq.data(), data.count, max_steps, epsilon);
@@ -84,7 +83,7 @@ bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_3_par(std::b
 }
 
 bool mismatchSpatialExpansion::solve_least_square_spatial_expansion_4_par(std::basic_fstream<char>& out) {
-    Distribution data(*this, out);
+    Distribution data(*this);
     M = kStartOfM;
     if (data.total <= 0) return true;
     hook_jeeves_spatial_exp_4_par(data.diff.data(), data.freq.data(), data.count, max_steps, epsilon);
@@ -167,14 +166,25 @@ int PopulRFLP::est_spatial_mis(settings* s, std::basic_fstream<char>& out) {
 
 namespace {
 
+// Says which pairs the fits leave out. Returns: false when they leave out all
+bool has_pairs_to_fit(std::ostream& out, PopGenetics& sample) {
+    const int last = ann_missmatch(&sample, nullptr).last_class();
+    const auto begin = sample.mm_counts.begin();
+    const auto end = begin + std::min<std::ptrdiff_t>(last + 1, std::ssize(sample.mm_counts));
+    const std::int64_t within = std::accumulate(begin, end, std::int64_t{0});
+    const std::int64_t beyond = std::accumulate(end, sample.mm_counts.end(), std::int64_t{0});
+    if (beyond > 0) print_pairs_left_out(out, beyond, within, last);
+    return within > 0;
+}
+
 // A fit needs a variance, and the table of the classes. Without, the document says why.
-bool allows_fit(std::ostream& out, const PopGenetics& sample) {
+bool allows_fit(std::ostream& out, PopGenetics& sample) {
     if (!(sample.mm_variance > kLeastMismatchVariance)) {
         print_variance_too_small(out);
         out << '\n';
         return false;
     }
-    if (!sample.mm_counts.empty()) return true;
+    if (!sample.mm_counts.empty()) return has_pairs_to_fit(out, sample);
     out << '\n';
     print_no_classes(out, sample);
     return false;

@@ -20,6 +20,9 @@ double percentile(const std::vector<double>& sorted, double p) {
     return sorted[static_cast<std::size_t>(std::clamp(static_cast<int>(p * n - 1.0), 0, n - 1))];
 }
 
+// Differences between founders of the replicates, beyond Theta0, from which on they are said.
+constexpr double kFoundersApart = 0.1;
+
 ParameterPercentiles percentiles(const std::vector<double>& sorted) {
     return {percentile(sorted, 0.025), percentile(sorted, 0.05), percentile(sorted, 0.95),
             percentile(sorted, 0.975)};
@@ -137,16 +140,19 @@ bool ann_missmatch::make_bootstrap(double* diff, double* freq, double* fitted_sh
     if (!run_replicates(count, asked, results)) return false;
     results.sort();
     summarise(results);
-    const ReplicateBlock block = {
-        "mismatchDemogExp",
-        "mismatchDemogExpCI",
-        nullptr,
-        std::string(pop->name.view()),
-        {{"Tau:", Tau, &results.Tau},
-         {"Theta0:", Theta0, &results.Theta0},
-         {"Theta1:", Theta1, &results.Theta1},
-         {"Mean No. of pairwise diff.", calc_mean_mssm(diff, freq, count), &results.mean},
-         {"No. pol. sites:", static_cast<double>(pop->nb_polym_loci), &results.sites}}};
+    ReplicateBlock block = {"mismatchDemogExp",
+                            "mismatchDemogExpCI",
+                            nullptr,
+                            std::string(pop->name.view()),
+                            {{"Tau:", Tau, &results.Tau},
+                             {"Theta0:", Theta0, &results.Theta0},
+                             {"Theta1:", Theta1, &results.Theta1},
+                             {"Mean No. of pairwise diff.", calc_mean_mssm(diff, freq, count), &results.mean},
+                             {"No. pol. sites:", static_cast<double>(pop->nb_polym_loci), &results.sites}}};
+    if (founder_theta() > Theta0 + kFoundersApart) {
+        block.founder_theta = founder_theta();
+        block.founders_of = N;
+    }
     print_replicates(out, block, result(), results, {diff, freq, fitted_shares, count, total}, asked);
     return true;
 }

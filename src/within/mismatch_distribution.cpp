@@ -211,6 +211,16 @@ void estimate_from_moments(MismatchResult& result) {
     result.mm_tau = result.mm_theta <= mean ? mean - result.mm_theta : 0.0;
 }
 
+// Expected pairs of class k from those of the class below it, for a tau of hundreds, with which the running
+// sum is beyond the range of a double: the mutations of the founders are geometric, those since Poisson.
+double expected_from_last(const MismatchResult& result, int k, double total) {
+    const double theta = result.mm_theta;
+    const double tau = result.mm_tau;
+    const double poisson = std::exp(k * std::log(tau) - factln(k) - tau);
+    const double below = k > 0 ? result.mm_expected[static_cast<std::size_t>(k) - 1] : 0.0;
+    return theta / (theta + 1.0) * below + total * poisson / (theta + 1.0);
+}
+
 // Pairs expected by the moments: of a stable population, or of one that grew without limit.
 void compute_expected(MismatchResult& result, double total) {
     const double theta = result.mm_theta;
@@ -230,7 +240,7 @@ void compute_expected(MismatchResult& result, double total) {
             if (k > 0) arrivals += std::exp(k * log_ratio - factln(k));
             expected = stable * arrivals * std::exp(-tau) * total;
         }
-        if (!std::isfinite(expected)) expected = 0.0;  // a tau of hundreds, beyond the range of exp
+        if (!std::isfinite(expected)) expected = expected_from_last(result, k, total);
         if (expected > kLeastExpected) result.last_expected_class = k;
     }
 }

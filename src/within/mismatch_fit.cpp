@@ -22,9 +22,13 @@ double stable_share(int i, double theta) {
     return std::pow(theta / (theta + 1.0), i) / (theta + 1.0);
 }
 
+double log_poisson_term(int j, double log_tau, long double log_factorial) {
+    return static_cast<double>(static_cast<long double>(j * log_tau) - log_factorial);
+}
+
 // tau^j / j!
 double poisson_term(int j, double log_tau, long double log_factorial) {
-    return std::exp(static_cast<double>(static_cast<long double>(j * log_tau) - log_factorial));
+    return std::exp(log_poisson_term(j, log_tau, log_factorial));
 }
 
 // log j! of all classes of a table.
@@ -77,6 +81,10 @@ void ann_missmatch::init_data(double const& theta0, double const& theta1, double
     epsilon = 0.001;
 }
 
+int ann_missmatch::last_class() const {
+    return std::min(pop->last_expected_class > 0 ? pop->last_expected_class : pop->max_diff, pairs - 1);
+}
+
 void ann_missmatch::read_mismatch_pop(double* diff, double* freq, int& count, long& total) {
     m1 = 400;
     m2 = 0;
@@ -87,8 +95,7 @@ void ann_missmatch::read_mismatch_pop(double* diff, double* freq, int& count, lo
     Theta0 = 1.0;
     Theta1 = 5.0;
     const std::vector<std::int64_t>& counts = pop->mm_counts;
-    int top = pop->last_expected_class > 0 ? pop->last_expected_class : pop->max_diff;
-    top = std::min({top, pairs - 1, static_cast<int>(counts.size()) - 1});
+    int top = std::min(last_class(), static_cast<int>(counts.size()) - 1);
     while (top > 0 && counts[static_cast<std::size_t>(top)] == 0)
         --top;
     top = std::max(top, 0);
@@ -119,7 +126,18 @@ double ann_missmatch::f_i_exp(int const& i) {
     for (int j = 0; j <= i; ++j)
         sum += poisson_term(j, log_tau, factlnl(j)) *
                (stable_share(i - j, Theta0) - stable_share(i - j, Theta1));
-    return stable_share(i, Theta1) + std::exp(-Tau * (Theta1 + 1.0) / Theta1) * sum;
+    const double share = stable_share(i, Theta1) + std::exp(-Tau * (Theta1 + 1.0) / Theta1) * sum;
+    return std::isfinite(share) ? share : share_after_long_time(i);
+}
+
+double ann_missmatch::share_after_long_time(int i) const {
+    const double log_tau = std::log(Tau);
+    const double log_none_since = -Tau * (Theta1 + 1.0) / Theta1;
+    double sum = 0.0;
+    for (int j = 0; j <= i; ++j)
+        sum += std::exp(log_poisson_term(j, log_tau, factlnl(j)) + log_none_since) *
+               (stable_share(i - j, Theta0) - stable_share(i - j, Theta1));
+    return stable_share(i, Theta1) + sum;
 }
 
 void ann_missmatch::compute_curve(int top) {
@@ -142,8 +160,10 @@ void ann_missmatch::compute_curve(int top) {
     double* const f = f_vect.data();
     add_products(w, {step, true}, top, f);
     const double none_since = std::exp(-Tau * (Theta1 + 1.0) / Theta1);
-    for (int k = 0; k <= top; ++k)
+    for (int k = 0; k <= top; ++k) {
         f[k] = f1[k] + none_since * f[k];
+        if (!std::isfinite(f[k])) f[k] = share_after_long_time(k);
+    }
 }
 
 double ann_missmatch::f_SRod_Harp(double* diff, double* freq, int const& count) {

@@ -94,8 +94,11 @@ public:
     // Sets the parameters; N, max_steps and epsilon to their defaults.
     void init_data(double const& theta0, double const& theta1, double const& tau, double const& r_value);
 
-    // The observed distribution of `pop`, up to last_expected_class (max_diff if that is 0), but no
-    // further than the last class with pairs, nor than `pairs` - 1.
+    // Last class of `pop` that a fit can take in: last_expected_class (max_diff if that is 0), but no
+    // further than `pairs` - 1.
+    int last_class() const;
+    // The observed distribution of `pop` up to last_class(), but no further than the last class with
+    // pairs.
     //   diff, freq   slots 1 .. pairs are written; freq holds counts
     //   count        written: classes + 1
     //   total        written: their pairs
@@ -140,6 +143,9 @@ public:
     // Simulates a sample under the present parameters, and its distribution into diff and freq
     // (shares). Returns: 1; 0 when Theta1 is not positive or no sample came about.
     virtual int simulate_miss(double* diff, double* freq, int& count);
+    // The theta that founders have in simulate_miss: Theta0, unless it is larger than they can be, or
+    // smaller than one of the N individuals is with such a Theta1.
+    double founder_theta() const;
     // Distribution of the simulated sample of `pop`, and its number of polymorphic sites.
     //   copies   gene copies that it should have; another number is said in the log
     //   count    as of the data: pairs with more than count - 2 differences have no class, but
@@ -186,6 +192,9 @@ protected:
     std::unique_ptr<MutatedSites> simulated_;  // owned: of the last replicate; null before the first
 
 private:
+    // f_i_exp for a Tau of hundreds, whose Poisson terms are beyond the range of a double: with the
+    // factor of the sum in each of them.
+    double share_after_long_time(int i) const;
     void keep_replicate(double* diff, double* freq, int count, double raggedness,
                         ReplicateResults& results) const;
 

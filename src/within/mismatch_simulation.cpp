@@ -47,6 +47,11 @@ SuddenSizes sudden_sizes(double theta0, double theta1, int N) {
 
 }  // namespace
 
+double ann_missmatch::founder_theta() const {
+    const auto [theta1, growth] = sudden_sizes(Theta0, Theta1, N);
+    return growth * theta1;
+}
+
 void ann_missmatch::begin_simulations() {
     pop->allocate_tree(static_cast<int>(pop->sample_size));
     if (simulated_ == nullptr) simulated_ = std::make_unique<MutatedSites>();

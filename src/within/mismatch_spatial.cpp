@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "foundation/random.h"
@@ -81,6 +82,8 @@ struct mismatchSpatialExpansion::Curve {
     double within_ratio;  // theta / D
     double before_scale;  // of the founders' sum
     double within_scale;  // of the sum that is taken off
+    double before_share;  // before_scale without exp(-T)
+    double after;         // exponent of within_scale; without end where that is cut
 };
 
 void mismatchSpatialExpansion::raise_parameters() {
@@ -102,8 +105,11 @@ mismatchSpatialExpansion::Curve mismatchSpatialExpansion::curve(bool cut_after) 
     const double exponent = Tau * (M + 1.0) / t;
     const double not_yet = exponent >= kExponentLimit ? M : M + std::exp(-exponent);
     c.before_scale = std::exp(-Tau) * not_yet / ((M + 1.0) * (Theta0 + 1.0));
+    c.before_share = not_yet / ((M + 1.0) * (Theta0 + 1.0));
     const double after = Tau * D / t;
-    c.within_scale = cut_after && after > kExponentLimit ? 0.0 : std::exp(-after) / D;
+    const bool cut = cut_after && after > kExponentLimit;
+    c.within_scale = cut ? 0.0 : std::exp(-after) / D;
+    c.after = cut ? std::numeric_limits<double>::infinity() : after;
     return c;
 }
 
@@ -116,7 +122,20 @@ double mismatchSpatialExpansion::share(const Curve& c, int i) const {
     double s2 = 0.0;
     for (int j = 0; j <= i; ++j)
         s2 += std::pow(c.within_ratio, i - j) * poisson_term(j, log_tau);
-    return a + c.before_scale * s1 - c.within_scale * s2;
+    const double result = a + c.before_scale * s1 - c.within_scale * s2;
+    return std::isfinite(result) ? result : share_after_long_time(c, i);
+}
+
+double mismatchSpatialExpansion::share_after_long_time(const Curve& c, int i) const {
+    const double log_tau = std::log(Tau);
+    double s1 = 0.0;
+    double s2 = 0.0;
+    for (int j = 0; j <= i; ++j) {
+        const double log_term = j * log_tau - factln(j);
+        s1 += std::pow(c.before_ratio, i - j) * std::exp(log_term - Tau);
+        s2 += std::pow(c.within_ratio, i - j) * std::exp(log_term - c.after);
+    }
+    return within_deme(i, std::log(Theta1), std::log(c.D)) + c.before_share * s1 - s2 / c.D;
 }
 
 double mismatchSpatialExpansion::f_i_spatial_exp_3p(int const& i) {
@@ -142,8 +161,10 @@ void mismatchSpatialExpansion::fill_curve(const Curve& c, int top) {
     double* const s2 = sum_.data();
     add_products(before, p, top, s1);
     add_products(p, within, top, s2);
-    for (int i = 0; i <= top; ++i)
+    for (int i = 0; i <= top; ++i) {
         s1[i] = still.values[i] + c.before_scale * s1[i] - c.within_scale * s2[i];
+        if (!std::isfinite(s1[i])) s1[i] = share_after_long_time(c, i);
+    }
 }
 
 void mismatchSpatialExpansion::compute_curve_3p(int top) {

@@ -72,6 +72,9 @@ private:
     void raise_parameters();
     Curve curve(bool cut_after) const;
     double share(const Curve& c, int i) const;
+    // The same for a Tau of hundreds, whose Poisson terms are beyond the range of a double: with the
+    // factor of each sum in its terms.
+    double share_after_long_time(const Curve& c, int i) const;
     void fill_curve(const Curve& c, int top);
 
     KeptTables poisson_;       // T^k / k!

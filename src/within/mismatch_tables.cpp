@@ -267,6 +267,11 @@ void print_goodness_of_fit(std::ostream& out, const ReplicateBlock& block, const
         << "\n          P(Sim. Ssd >= Obs. Ssd): " << std::setw(kFitWidth) << Cell{fit.p_ssd, tested}
         << "\n    Harpending's Raggedness index: " << std::setw(kFitWidth) << Cell{fit.rag}
         << "\n        P(Sim. Rag. >= Obs. Rag.): " << std::setw(kFitWidth) << Cell{fit.p_rag, tested};
+    if (!block.founder_theta) return;
+    out << std::setprecision(3) << "\nTheta1 is too large to be simulated: even one founder of "
+        << block.founders_of << " individuals has a theta of\n"
+        << *block.founder_theta
+        << ", which stands in for Theta0. The replicates do not test the model as it was fitted.";
 }
 
 void print_simulated_classes(std::ostream& out, const ReplicateBlock& block, const ReplicateResults& results,

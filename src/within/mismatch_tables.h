@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -43,6 +44,8 @@ struct ReplicateBlock {
     const char* region_heading;  // null: a sudden expansion
     std::string sample;
     std::vector<IntervalRow> rows;
+    std::optional<double> founder_theta = {};  // of the replicates, where it is far from Theta0
+    int founders_of = 0;                       // individuals of their population
 };
 
 // Moments, their fit and the distribution, for a sample to which no model of expansion is fitted.

@@ -220,6 +220,25 @@ TEST_F(Bootstrap, AStopDropsWhatWasGathered) {
     EXPECT_FALSE(contains(document.text(), "goodness"));
 }
 
+// One of 4 000 000 individuals has theta 250 when all have 1e9, be Theta0 what it may.
+TEST_F(Bootstrap, FoundersThatAreFarFromTheFittedOnesAreSaid) {
+    const auto text_of = [this](double theta0, double theta1) {
+        ScriptedFit fit(&sample, &s);
+        fit.script.resize(1);
+        fit.init_data(theta0, theta1, 7.0, 1.0);
+        const std::string before = document.text();
+        EXPECT_TRUE(fit.make_bootstrap(diff, freq, fitted, count, 10, *s.result_stream, 1));
+        return document.text().substr(before.size());
+    };
+    EXPECT_TRUE(
+        contains(text_of(1.0, 1e9), " individuals has a theta of\n250.000, which stands in for Theta0."));
+    EXPECT_TRUE(contains(text_of(1.0, 1e17), " individuals has a theta of\n10000.000, which"));
+    EXPECT_FALSE(contains(text_of(249.95, 1e9), "founder"));
+    EXPECT_FALSE(contains(text_of(0.0, 99999.0), "founder"));
+    EXPECT_FALSE(contains(text_of(2.0, 20.0), "founder"));
+    EXPECT_FALSE(contains(text_of(2e4, 2e4), "founder"));
+}
+
 TEST_F(Bootstrap, WrapsItsTablesUnderXml) {
     mnd::xmlOutput = true;
     ScriptedFit fit;

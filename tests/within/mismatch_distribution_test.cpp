@@ -96,6 +96,38 @@ TEST_F(MismatchDistribution, ExpectsWhatTheMomentsSay) {
     EXPECT_EQ(sample.sample.last_expected_class, 10);
 }
 
+// Three pairs with 380, 399 and 420 differences: theta is below 1, and the sum over the mutations since the
+// expansion runs up to exp(tau (theta + 1)/theta), beyond a double. Geometric and Poisson differences are added in logarithms here.
+TEST_F(MismatchDistribution, ExpectsHundredsOfDifferences) {
+    Sample sample({"A", "C", "G"});
+    sample.sample.dist_mat = std::make_unique<mnd::RectMat>(3, 3);
+    sample.sample.nb_hapl = 3;
+    sample.sample.dist_mat->data[1][0] = 380.0;
+    sample.sample.dist_mat->data[2][0] = 399.0;
+    sample.sample.dist_mat->data[2][1] = 420.0;
+    sample.sample.max_dist = 420;
+    ASSERT_EQ(sample.sample.compute_mm_distr(unopened, s), 1);
+    // Mean 1199/3; variance (479521 - 1199^2/3)/2 = 400.3333: theta^2 = 2/3.
+    const double theta = std::sqrt(2.0 / 3.0);
+    const double tau = 1199.0 / 3.0 - theta;
+    ASSERT_NEAR(sample.sample.mm_theta, theta, 1e-9);
+    ASSERT_EQ(sample.sample.mm_expected.size(), 841u);
+    double all = 0.0;
+    int last = 0;
+    for (int i = 0; i <= 840; ++i) {
+        double share = 0.0;
+        for (int j = 0; j <= i; ++j)
+            share += std::exp(j * std::log(tau) - tau - std::lgamma(j + 1.0) -
+                              (i - j) * std::log1p(1.0 / theta) - std::log1p(theta));
+        const double expected = sample.sample.mm_expected[static_cast<std::size_t>(i)];
+        EXPECT_NEAR(expected, 3.0 * share, 1e-9) << i;
+        all += expected;
+        if (3.0 * share > 1e-05) last = i;
+    }
+    EXPECT_NEAR(all, 3.0, 1e-8);
+    EXPECT_EQ(sample.sample.last_expected_class, last);
+}
+
 // The classes of the test above: 20 pairs without difference, 25 with five. Expected, by the same
 // sum: classes 0 .. 10; runs of at least five are merged from the first class on.
 TEST_F(MismatchDistribution, TestsTheFitOnMergedClasses) {

@@ -175,6 +175,41 @@ TEST(SuddenExpansionCurve, TableEqualsThePlainFormAtRandomParameters) {
     }
 }
 
+// The formula as it stands, in a type that can hold the Poisson terms of a Tau of hundreds.
+double share_in_long_double(int i, double theta0, double theta1, double tau) {
+    const auto t = static_cast<long double>(tau);
+    const auto stable_of = [](int k, long double theta) {
+        return std::pow(theta / (theta + 1.0L), k) / (theta + 1.0L);
+    };
+    long double sum = 0.0L;
+    long double poisson = 1.0L;
+    for (int j = 0; j <= i; ++j) {
+        sum += poisson * (stable_of(i - j, theta0) - stable_of(i - j, theta1));
+        poisson *= t / static_cast<long double>(j + 1);
+    }
+    const auto t1 = static_cast<long double>(theta1);
+    return static_cast<double>(stable_of(i, t1) + std::exp(-t * (t1 + 1.0L) / t1) * sum);
+}
+
+// tau^j / j! is beyond the range of a double from a tau of 720 on, exp(-tau) below it.
+TEST(SuddenExpansionCurve, HasSharesHoweverLongAgoTheExpansionWas) {
+    ann_missmatch table, plain;
+    for (const double tau : {350.0, 700.0, 760.0, 1368.0, 4000.0}) {
+        for (const double theta1 : {5.0, 300.0, 1e9}) {
+            set(table, 2.0, theta1, tau);
+            set(plain, 2.0, theta1, tau);
+            table.compute_curve(900);
+            for (int i = 0; i <= 900; i += 10) {
+                const double got = plain.f_i_exp(i);
+                EXPECT_EQ(table.f_vect[static_cast<std::size_t>(i)], got);
+                EXPECT_NEAR(got, share_in_long_double(i, 2.0, theta1, tau), 1e-11) << tau << ' ' << i;
+            }
+        }
+    }
+    set(plain, 2.0, 1e9, 1e300);
+    EXPECT_NEAR(plain.f_i_exp(400), stable(400, 1e9), 1e-11);
+}
+
 // Tables are kept between evaluations: a search that walks to and fro must not see old ones.
 TEST(SuddenExpansionCurve, KeptTablesFollowEachParameter) {
     ann_missmatch table;
@@ -429,6 +464,19 @@ TEST(SuddenExpansionSearch, SizesStayAboveNothing) {
     // f = 1 - 1e-07 at two sizes of 1e-07, by the first trial down.
     EXPECT_EQ(data.fit.Theta1, 1e-07);
     EXPECT_LT(data.fit.ssd_work, 1e-13);
+}
+
+// The steps of Tau grow by 4: on its way to 390 the search tries 1368, too.
+TEST(SuddenExpansionSearch, FindsAnExpansionOfHundredsOfMutationsAgo) {
+    ann_missmatch model;
+    set(model, 1.0, 2000.0, 390.0);
+    Data data = curve_data(model, 480);
+    ann_missmatch fit;
+    set(fit, 1.0, 5.0, 3.0);
+    EXPECT_TRUE(fit.hook_jeeves_rh(data.diff.data(), data.freq.data(), data.count, 2000, 0.001));
+    EXPECT_NEAR(fit.Tau, 390.0, 0.5);
+    EXPECT_NEAR(fit.Theta0, 1.0, 0.3);
+    EXPECT_LT(fit.ssd_work, 1e-7);
 }
 
 TEST(SuddenExpansionSearch, StopsAtItsLimitOfRounds) {

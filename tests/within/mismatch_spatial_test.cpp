@@ -165,6 +165,65 @@ TEST(SpatialExpansionCurve, TableEqualsThePlainForm) {
     }
 }
 
+// The same in a type that can hold the Poisson terms of a Tau of hundreds.
+double share_in_long_double(int i, double t0, double t1, double T, double m) {
+    const long double a0 = static_cast<long double>(t0), a1 = static_cast<long double>(t1);
+    const long double t = static_cast<long double>(T), mig = static_cast<long double>(m);
+    const long double D = a1 + mig + 1.0L;
+    long double s1 = 0.0L, s2 = 0.0L, poisson = 1.0L;
+    for (int j = 0; j <= i; ++j) {
+        s1 += std::pow(a0 / (a0 + 1.0L), i - j) * poisson;
+        s2 += std::pow(a1 / D, i - j) * poisson;
+        poisson *= t / static_cast<long double>(j + 1);
+    }
+    const long double c1 =
+        std::exp(-t) * (mig + std::exp(-t * (mig + 1.0L) / a1)) / ((mig + 1.0L) * (a0 + 1.0L));
+    return static_cast<double>(std::pow(a1 / D, i) / D + c1 * s1 - std::exp(-t * D / a1) / D * s2);
+}
+
+// C2 S2 of equal sizes.
+double share_left_out(int i, double theta, double T, double m) {
+    const auto t1 = static_cast<long double>(theta), t = static_cast<long double>(T);
+    const long double D = t1 + static_cast<long double>(m) + 1.0L;
+    long double s2 = 0.0L, poisson = 1.0L;
+    for (int j = 0; j <= i; ++j) {
+        s2 += std::pow(t1 / D, i - j) * poisson;
+        poisson *= t / static_cast<long double>(j + 1);
+    }
+    return static_cast<double>(std::exp(-t * D / t1) / D * s2);
+}
+
+TEST(SpatialExpansionCurve, HasSharesHoweverLongAgoTheExpansionWas) {
+    mismatchSpatialExpansion table, plain;
+    for (const double tau : {740.0, 800.0, 1500.0}) {
+        for (const double m : {0.01, 7.0}) {
+            for (const double theta : {1.5, 1e7}) {
+                set(table, 1.5, theta, tau, m);
+                set(plain, 1.5, theta, tau, m);
+                table.compute_curve_4p(800);
+                for (int i = 0; i <= 800; i += 25) {
+                    const double got = plain.f_i_spatial_exp_4p(i);
+                    EXPECT_EQ(table.f_vect[static_cast<std::size_t>(i)], got);
+                    EXPECT_NEAR(got, share_in_long_double(i, 1.5, theta, tau, m), 1e-11)
+                        << tau << ' ' << m << ' ' << theta << ' ' << i;
+                }
+                // Beyond the limit of exponents the last sum of this form is left out.
+                set(table, theta, theta, tau, m);
+                set(plain, theta, theta, tau, m);
+                table.compute_curve_3p(800);
+                for (int i = 0; i <= 800; i += 25) {
+                    const double got = plain.f_i_spatial_exp_3p(i);
+                    EXPECT_EQ(table.f_vect[static_cast<std::size_t>(i)], got);
+                    const double all = share_in_long_double(i, theta, theta, tau, m);
+                    const double last =
+                        tau * (theta + m + 1.0) / theta > 300.0 ? share_left_out(i, theta, tau, m) : 0.0;
+                    EXPECT_NEAR(got, all + last, 1e-11) << tau << ' ' << m << ' ' << theta << ' ' << i;
+                }
+            }
+        }
+    }
+}
+
 TEST(SpatialExpansionSum, AddsSquaredDeviationsOfTheClassesBelowCount) {
     double diff[] = {0, 0, 1, 2};
     double freq[] = {0, 0.5, 0.25, 9.0};

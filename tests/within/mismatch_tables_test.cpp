@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -44,6 +45,7 @@ struct Replicates {
     mnd::FitTable table{diff, observed, expected, 2, 10};
     mnd::ReplicateResults results;
     std::vector<double> tau = {1.0, 2.0};
+    std::optional<double> founder_theta;
 
     explicit Replicates(int kept) {
         results.kept = kept;
@@ -51,8 +53,9 @@ struct Replicates {
     }
     std::string print(const char* region_heading, int asked = 2) {
         std::ostringstream out;
-        mnd::print_replicates(out, {"table", "region", region_heading, "Lake", {{"Tau:", 1.5, &tau}}},
-                              some_fit(), results, table, asked);
+        mnd::print_replicates(
+            out, {"table", "region", region_heading, "Lake", {{"Tau:", 1.5, &tau}}, founder_theta, 4000000},
+            some_fit(), results, table, asked);
         return out.str();
     }
 };
@@ -93,6 +96,19 @@ TEST(MismatchTables, SpatialGoodnessOfFitHasNone) {
 }
 
 // What is known of the data is there, what only replicates could tell is not, and the document says why.
+TEST(MismatchTables, FoundersThatCannotBeSimulatedAreSaid) {
+    Replicates r(2);
+    r.founder_theta = 3577.0771;
+    EXPECT_TRUE(contains(
+        r.print(nullptr),
+        "\n        P(Sim. Rag. >= Obs. Rag.): 0.75000000"
+        "\nTheta1 is too large to be simulated: even one founder of 4000000 individuals has a theta of\n"
+        "3577.077, which stands in for Theta0. The replicates do not test the model as it was fitted."
+        "\nMismatch distributions:\n"));
+    r.founder_theta.reset();
+    EXPECT_FALSE(contains(r.print(nullptr), "founder"));
+}
+
 TEST(MismatchTables, NoReplicateThatConvergesLeavesNoPValue) {
     for (const char* region : {static_cast<const char*>(nullptr), "\nConfidence region\n"}) {
         const std::string text = Replicates(0).print(region, 7);
@@ -272,7 +288,7 @@ TEST(MismatchTables, PairsWithTooManyDifferencesForAFitAreCounted) {
     d.s.MismatchDemogExp = true;
     ASSERT_TRUE(mnd::fit_expansions(d.sample, d.s, *d.s.result_stream));
     EXPECT_TRUE(contains(d.document.text(),
-                         "\n\nPairs with more than 30 differences do not enter the fit: 8 of 15\n"
+                         "\n\nPairs with more than 499 differences do not enter the fit: 8 of 15\n"
                          "\nTau                                 : "));
 }
 
@@ -291,9 +307,10 @@ TEST(MismatchTables, WithoutAPairForAFitNothingIsEstimated) {
     mnd::ofs_mismatch = nullptr;
     const std::string text = d.document.text();
     EXPECT_EQ(count_of(text,
-                       "differences do not enter the fit: 3 of 3\n"
+                       "Pairs with more than 499 differences do not enter the fit: 3 of 3\n"
                        "No demographic parameters can be estimated.\n"),
-              2);
+              1);
+    EXPECT_EQ(count_of(text, "do not enter the fit"), 1);
     EXPECT_FALSE(contains(text, "Theta"));
     EXPECT_EQ(mnd_test::read_text(folder / "mismatch.sum"), "");
 }
