@@ -42,10 +42,11 @@ inline constexpr int kMostTabledDifferences = 1 << 23;
 // them the chi-square test and last_expected_class, are there when max_diff is 1 to
 // kMostTabledDifferences and memory suffices; otherwise the tables are empty and those fields 0.
 struct MismatchResult {
-    std::vector<std::int64_t> mm_counts;  // owned: pairs by difference, 2 max_diff + 1 classes, or none
-    std::vector<double> mm_expected;      // owned: what the moment estimates expect, as long
-    int max_diff = 0;                     // integer part of the largest difference
-    int last_expected_class = 0;          // last class with more than 1e-05 expected pairs
+    std::vector<std::int64_t> mm_counts;      // owned: pairs by difference, 2 max_diff + 1 classes, or none
+    std::vector<double> mm_expected;          // owned: what the moment estimates expect, as long
+    int max_diff = 0;                         // integer part of the largest difference
+    std::int64_t pairs_without_distance = 0;  // in no class: a correction gave no finite distance
+    int last_expected_class = 0;              // last class with more than 1e-05 expected pairs
     double mm_mean = 0.0;
     double mm_variance = 0.0;
     double mm_theta = 0.0;       // moment estimate of theta before a sudden expansion

@@ -282,6 +282,19 @@ bool make_tables(MismatchResult& result) {
     }
 }
 
+std::int64_t count_without_distance(const PopGenetics& sample) {
+    const int n = sample.hapl_list.count;
+    if (sample.dist_mat == nullptr || sample.dist_mat->rows < n) return 0;
+    std::int64_t pairs = 0;
+    for (int h = 0; h < n; ++h) {
+        const std::int64_t copies = sample.hapl_list[h]->freq;
+        for (int g = 0; g < h; ++g) {
+            if (!std::isfinite(sample.dist_mat->data[h][g])) pairs += copies * sample.hapl_list[g]->freq;
+        }
+    }
+    return pairs;
+}
+
 // Returns: false after a report
 bool compute_distribution(PopGenetics& sample, std::basic_fstream<char>& out) {
     if (make_tables(sample)) {
@@ -305,6 +318,7 @@ bool compute_distribution(PopGenetics& sample, std::basic_fstream<char>& out) {
 
 int PopGenetics::compute_mm_distr(std::basic_fstream<char>& out, settings&) {
     static_cast<MismatchResult&>(*this) = MismatchResult{};
+    pairs_without_distance = count_without_distance(*this);
     max_diff = max_dist;
     if (max_diff <= 0) {
         max_diff = 0;

@@ -146,6 +146,10 @@ void print_moment_table(std::ostream& out, const PopGenetics& sample) {
 void print_observed_moments(std::ostream& out, const PopGenetics& sample) {
     print_value(out, "\n\nMismatch observed mean              : ", sample.mm_mean);
     print_value(out, "\nMismatch observed variance          : ", sample.mm_variance);
+    if (sample.pairs_without_distance > 0) {
+        out << "\n\nPairs that are too divergent for the correction of distances, and left out: "
+            << sample.pairs_without_distance << '\n';
+    }
 }
 
 void print_mismatch_distribution(std::ostream& out, const PopGenetics& sample) {

@@ -20,6 +20,7 @@
 #include "within/allele_counts.h"
 #include "within/diversity_blocks.h"
 #include "within/diversity_indices.h"
+#include "within/dna_distance_formulas.h"
 #include "within/ewens_watterson.h"
 #include "within/fu_fs.h"
 #include "within/haplotype_frequency_tables.h"
@@ -70,6 +71,14 @@ int method_of(const PopulMicrosat&, int method) {
 }
 int method_of(const PopulStandard&, int) {
     return 0;
+}
+
+// A number that is none of the methods means differences. A mismatch distribution counts those as they are,
+// while the distances of all methods but 0 are scaled as proportions.
+template <class Sample>
+int distance_of_mismatch(const Sample&, int method) {
+    const bool known = method >= kPairwiseDifference && method <= kTamuraNei;
+    return std::is_same_v<Sample, PopulDNA> && !known ? kPairwiseDifference : method;
 }
 
 template <class Sample>
@@ -349,7 +358,7 @@ private:
 
     // Returns: false, which the document says, when there are no distances
     bool compute_mismatch() {
-        require_distance(s_.MismatchDistanceMethod, s_.MismatchGammaAValue);
+        require_distance(distance_of_mismatch(sample_, s_.MismatchDistanceMethod), s_.MismatchGammaAValue);
         // The distances are numbers of differences, also those of methods that give proportions:
         // another matrix than that of other tasks.
         sample_.dist_mat.reset();

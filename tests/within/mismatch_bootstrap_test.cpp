@@ -831,6 +831,37 @@ TEST_F(MismatchStep, MethodsThatGiveProportionsAreScaled) {
     EXPECT_EQ(proportion.sample().dist_mat, nullptr);
 }
 
+// A number that is no method counts differences: without scaling, which is for proportions.
+TEST_F(MismatchStep, NumbersThatAreNoMethodCountDifferences) {
+    Step<mnd::PopulDNA> plain;
+    plain.run();
+    for (const int method : {7, 8, 99, -3}) {
+        Step<mnd::PopulDNA> unknown;
+        unknown.a.s.MismatchDistanceMethod = method;
+        unknown.run();
+        EXPECT_EQ(unknown.sample().mm_mean, plain.sample().mm_mean) << method;
+        EXPECT_EQ(unknown.sample().max_diff, plain.sample().max_diff) << method;
+    }
+}
+
+// Two haplotypes of 20 sites with 12 transitions between them: 1 - 2 0.6 is below 0, so that the distance of
+// Kimura is not a number. The 5 pairs with the single copy have none.
+TEST_F(MismatchStep, PairsWithoutADistanceAreSaid) {
+    Step<mnd::PopulDNA> step(mnd::DNA,
+                             "a 3 ACGTACGTACGTACGTACGT\nb 2 ACGTACGAACGTACGTACGT\n"
+                             "c 1 GTACGTACGTACACGTACGT\n");
+    step.a.s.MismatchDistanceMethod = 2;
+    const std::string text = step.run();
+    EXPECT_EQ(step.sample().pairs_without_distance, 5);
+    EXPECT_TRUE(contains(text,
+                         "\n\nPairs that are too divergent for the correction of distances, and left out: 5\n"
+                         "\nTheta_0 "));
+    step.a.s.MismatchDistanceMethod = 0;
+    const std::size_t before = text.size();
+    EXPECT_FALSE(contains(step.run().substr(before), "left out"));
+    EXPECT_EQ(step.sample().pairs_without_distance, 0);
+}
+
 // The sites that one analysis simulates are not those of another: each gives what it gives alone.
 TEST_F(MismatchStep, AndTestsOfNeutralityKeepTheirSimulationsApart) {
     const auto of_tasks = [](long first, long second) {
