@@ -165,7 +165,6 @@ bool mismatchSpatialExpansion::make_bootstrap_spatial_exp(double* diff, double* 
     if (!run_replicates(count, asked, results)) return false;
     results.sort();
     summarise(results);
-    theta0_percentiles = {};
     m_percentiles = percentiles(results.M);
     const ReplicateBlock block = {
         "mismatchSpatialExp",

@@ -144,8 +144,8 @@ void ann_missmatch::compute_curve(int top) {
     const bool without_time = !(Tau > 0.0);
     if (!(Theta0 > 0.0)) Theta0 = kLeastParameter;
     if (without_time) Tau = kLeastParameter;
-    // With equal sizes all terms of the sum vanish, and what is left is the stable share.
-    if (Theta1 <= Theta0 && without_time) Theta1 = Theta0;
+    const bool stays = Theta1 <= Theta0 && without_time;
+    if (stays) Theta1 = Theta0;
     const CurveTable w =
         weights_.get(Tau, 0.0, top, [=, this](double* v) { fill_poisson_terms(Tau, top, v); });
     const double* const f0 =
@@ -158,6 +158,10 @@ void ann_missmatch::compute_curve(int top) {
     std::copy_n(f0, top + 1, f0_vect.data());
     std::copy_n(f1, top + 1, f1_vect.data());
     double* const f = f_vect.data();
+    if (stays) {
+        std::copy_n(f0, top + 1, f);
+        return;
+    }
     add_products(w, {step, true}, top, f);
     const double none_since = std::exp(-Tau * (Theta1 + 1.0) / Theta1);
     for (int k = 0; k <= top; ++k) {

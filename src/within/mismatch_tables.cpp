@@ -344,7 +344,11 @@ void print_replicates(std::ostream& out, const ReplicateBlock& block, const Expa
     if (results.kept == 0) {
         out << "\nThe fit converged in none of " << asked
             << " replicates: there are no P-values and no confidence intervals.\n";
-        print_fit_table(out, table);
+        if (block.region_heading == nullptr) {
+            print_fit_table(out, table);
+        } else {
+            print_spatial_fit_table(out, table);
+        }
         return;
     }
     print_simulated_classes(out, block, results, table);

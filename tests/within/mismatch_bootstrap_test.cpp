@@ -58,6 +58,7 @@ protected:
         }
         freq[1] = 1.0 - o.second_class;
         freq[2] = o.second_class;
+        Tau = -1.0;  // the fit is to start from the fitted value, whatever a simulation leaves
         return true;
     }
     bool fit_replicate(double*, double*, int) override {
@@ -100,25 +101,22 @@ protected:
     }
 };
 
-// Of 5 replicates one is not simulated and one does not converge: 3 count, of which 2 have an SSD, and
+// Of 6 replicates one is not simulated and two do not converge: 3 count, of which 2 have an SSD, and
 // 1 a raggedness, that is not below the observed one.
 TEST_F(Bootstrap, CountsEachReplicateThatConvergesOnceAndNoOther) {
     ScriptedFit fit;
     fit.ssd_obs = 0.3;
     fit.rag_obs = 0.5;
     // Shares 1 - x and x are ragged by (2 x - 1)^2 + x^2: 0.25 at 0.5, 1.45 at 0.9.
-    fit.script = {{true, true, 3.0, 0.3, 0.5},
-                  {false, true, 99.0, 9.0, 0.9},
-                  {true, false, 98.0, 9.0, 0.9},
-                  {true, true, 1.0, 0.2, 0.5},
-                  {true, true, 2.0, 0.4, 0.9}};
+    fit.script = {{true, true, 3.0, 0.3, 0.5}, {false, true, 99.0, 9.0, 0.9}, {true, false, 98.0, 9.0, 0.9},
+                  {true, true, 1.0, 0.2, 0.5}, {true, true, 2.0, 0.4, 0.9},   {true, false, 97.0, 9.0, 0.9}};
     const double done = mnd::settings::global_work_done;
     ASSERT_TRUE(run(fit));
-    EXPECT_NEAR(mnd::settings::global_work_done - done, 5.0, 1e-6);
+    EXPECT_NEAR(mnd::settings::global_work_done - done, 6.0, 1e-6);
     EXPECT_EQ(fit.num_boot, 3);
     EXPECT_DOUBLE_EQ(fit.p_ssd, 2.0 / 3.0);
     EXPECT_DOUBLE_EQ(fit.p_rag, 1.0 / 3.0);
-    EXPECT_EQ(fit.tau_before_fit, (std::vector<double>{7.0, 7.0, 7.0, 7.0}));
+    EXPECT_EQ(fit.tau_before_fit, (std::vector<double>{7.0, 7.0, 7.0, 7.0, 7.0}));
     EXPECT_EQ(fit.Tau, 7.0);
     EXPECT_EQ(fit.Theta0, 1.0);
     EXPECT_EQ(fit.Theta1, 20.0);
@@ -218,6 +216,21 @@ TEST_F(Bootstrap, AStopDropsWhatWasGathered) {
     EXPECT_EQ(fit.p_ssd, 0.0);
     EXPECT_EQ(fit.Tau, 7.0);
     EXPECT_FALSE(contains(document.text(), "goodness"));
+}
+
+// A replicate without a size before the expansion has no ratio of sizes.
+TEST_F(Bootstrap, KeepsTheGrowthOfReplicatesThatHaveOne) {
+    struct Open : ann_missmatch {
+        using ann_missmatch::keep_parameters;
+    };
+    Open fit;
+    mnd::ReplicateResults results;
+    for (const double theta0 : {2.0, 0.0, 4.0}) {
+        fit.init_data(theta0, 10.0, 3.0, 1.0);
+        fit.keep_parameters(results);
+    }
+    EXPECT_EQ(results.growth, (std::vector<double>{5.0, 2.5}));
+    EXPECT_EQ(results.Theta0, (std::vector<double>{2.0, 0.0, 4.0}));
 }
 
 // One of 4 000 000 individuals has theta 250 when all have 1e9, be Theta0 what it may.
@@ -763,6 +776,17 @@ TEST_F(MismatchStep, ParametersOfTwoMeanBothSpatialFitsTheOneOfFourFirst) {
     EXPECT_EQ(step.sample().spatial_expansion_4.replicates, 0);
     EXPECT_GT(step.sample().spatial_expansion_3.replicates, 0);
     EXPECT_EQ(count_of(text, "Mismatch observed mean"), 1);
+}
+
+TEST_F(MismatchStep, AStopBetweenTheSpatialFitsEndsThem) {
+    Step<mnd::PopulDNA> step;
+    step.run();
+    step.a.s.MismatchSpatialExpNumParams = 2;
+    step.a.s.stop_computations = 1;
+    EXPECT_EQ(step.sample().est_spatial_mis(&step.a.s, *step.a.s.result_stream), 0);
+    EXPECT_TRUE(step.sample().spatial_expansion_4.fitted);
+    EXPECT_FALSE(step.sample().spatial_expansion_3.fitted);
+    EXPECT_FALSE(contains(step.a.document.text(), "assuming constant deme size"));
 }
 
 TEST_F(MismatchStep, AnotherNumberOfParametersFitsNothing) {

@@ -127,8 +127,9 @@ TEST(SuddenExpansionCurve, WithoutTimeOrGrowthIsThatOfTheta0) {
 // The table of a curve against its terms one by one, to the last bit, for parameters of a search:
 // among them those that are raised, equal, huge or below 0.
 TEST(SuddenExpansionCurve, TableEqualsThePlainForm) {
-    const double thetas[] = {-3.0, 0.0, 1e-07, 0.3, 1.0, 4.999, 60.0, 1e4, 3e9};
-    const double taus[] = {-1.0, 0.0, 1e-07, 0.7, 3.0, 25.0, 700.0};
+    const double endless = std::numeric_limits<double>::infinity();
+    const double thetas[] = {-3.0, 0.0, 1e-310, 1e-07, 0.3, 1.0, 4.999, 60.0, 1e4, 3e9, 1e12, 1e160, endless};
+    const double taus[] = {-1.0, 0.0, 1e-310, 1e-07, 0.7, 3.0, 25.0, 700.0, 1368.0, endless};
     ann_missmatch table;
     for (const double theta0 : thetas) {
         for (const double theta1 : thetas) {
@@ -355,7 +356,7 @@ struct PlainSearch {
 class SuddenSearch : public mnd_test::SeededStream {};
 
 TEST_F(SuddenSearch, GoesStepByStepAsThePlainOne) {
-    for (int data_set = 0; data_set < 25; ++data_set) {
+    for (int data_set = 0; data_set < 50; ++data_set) {
         ann_missmatch model;
         set(model, 3.0 * next(), 1.0 + 40.0 * next(), 10.0 * next());
         Data data = curve_data(model, 5 + static_cast<int>(25 * next()));
@@ -364,9 +365,11 @@ TEST_F(SuddenSearch, GoesStepByStepAsThePlainOne) {
         ann_missmatch fit;
         set(fit, 1.0, 5.0, 3.0);
         const int limit = data_set % 3 == 0 ? 7 : 2000;
+        // The step of Tau halves to 0.25 itself.
+        const double threshold = data_set % 2 == 0 ? 0.001 : 0.25;
         const bool converged =
-            fit.hook_jeeves_rh(data.diff.data(), data.freq.data(), data.count, limit, 0.001);
-        PlainSearch plain(data, limit, 0.001);
+            fit.hook_jeeves_rh(data.diff.data(), data.freq.data(), data.count, limit, threshold);
+        PlainSearch plain(data, limit, threshold);
         EXPECT_EQ(fit.Theta0, plain.curve.Theta0);
         EXPECT_EQ(fit.Theta1, plain.curve.Theta1);
         EXPECT_EQ(fit.Tau, plain.curve.Tau);
@@ -431,6 +434,19 @@ TEST(SuddenExpansionSearch, GoesThreeRoundsAsByHand) {
 // Round 3: Theta1 7.5: 0.15728, 2.5: 0.29875, worse, step 1.25. Tau 4, 0: worse, step 1.
 // Round 4: Theta1 6.25: 0.17351, 3.75: 0.23351, worse, step 0.625 becomes 0. Tau 3, 1: worse, step 0.5
 //   becomes 0. Global step 0.
+// From the parameters that made the data nothing gains. Steps after two rounds: Theta1 2.5, of 21, Theta0
+// 0.225, which is below the threshold, Tau 0.25, which is at it.
+TEST(SuddenExpansionSearch, AStepAtTheThresholdEndsIt) {
+    ann_missmatch model;
+    set(model, 1.0, 20.0, 3.0);
+    Data data = curve_data(model, 30);
+    ann_missmatch fit;
+    set(fit, 1.0, 20.0, 3.0);
+    EXPECT_FALSE(fit.hook_jeeves_rh(data.diff.data(), data.freq.data(), data.count, 1, 0.25));
+    EXPECT_TRUE(fit.hook_jeeves_rh(data.diff.data(), data.freq.data(), data.count, 2, 0.25));
+    EXPECT_EQ(fit.not_converged, 0);
+}
+
 TEST(SuddenExpansionSearch, RestsParametersWhoseStepIsBelowTheThreshold) {
     OneClass by_hand(0.2);
     EXPECT_FALSE(by_hand.search(1.0, 5.0, 3.0, 3, 0.95));

@@ -536,6 +536,20 @@ TEST_F(SpatialSearch, GoesThreeStartsAsByHand) {
     EXPECT_EQ(fit.not_converged, 0);
 }
 
+// Without a class to fit all sums are 0 and nothing gains: only the steps change. That of M starts at
+// 100 0.5 + 0.5 and counts by a twentieth: 25.25, 12.625 and 6.3125 are 1.26, 0.63 and 0.32. Those of theta and
+// Tau, 0.95 and 0.5, are below the threshold after the first round.
+TEST_F(SpatialSearch, TheStepOfMigrationCountsByATwentieth) {
+    double diff[] = {0, 0, 1};
+    double freq[] = {0, 0, 0};
+    mismatchSpatialExpansion fit;
+    EXPECT_FALSE(fit.hook_jeeves_spatial_exp_3_par(diff, freq, 1, 2, 0.5));
+    EXPECT_TRUE(fit.hook_jeeves_spatial_exp_3_par(diff, freq, 1, 3, 0.5));
+    // With four parameters it starts at 1.1, and the largest of the others counts: 1.0, 0.5, 0.25.
+    EXPECT_FALSE(fit.hook_jeeves_spatial_exp_4_par(diff, freq, 1, 1, 0.3));
+    EXPECT_TRUE(fit.hook_jeeves_spatial_exp_4_par(diff, freq, 1, 2, 0.3));
+}
+
 // Starts of M lie between 50 and 200 when no pair is identical. With no round made, the best start
 // stands.
 TEST_F(SpatialSearch, WithoutIdenticalPairsStartsFromAHundredMigrants) {
