@@ -98,10 +98,10 @@ void PairBlock::choose_way() {
     const double n = nb_copies();
     if (largest * n * n >= kExactLimit) return;
     constexpr double kShortest = std::numeric_limits<std::int16_t>::max();
-    constexpr double kLongest = std::numeric_limits<std::int32_t>::max();
+    static_assert(kShortest * kShortest <= std::numeric_limits<std::int32_t>::max());
     if (all_ones) {
         way_ = Way::kAllOnes;
-    } else if (largest <= kShortest && n <= kShortest && largest * n <= kLongest) {
+    } else if (largest <= kShortest && n <= kShortest) {
         way_ = Way::kShort;
         short_block_.assign(block_.begin(), block_.end());
         short_tally_.assign(static_cast<std::size_t>(stride_), 0);
@@ -238,12 +238,9 @@ void PairBlock::shuffle_copies() {
 
 void PairBlock::shuffle_individuals() {
     std::int32_t* const copies = copies_.data();
-    const int n = nb_copies();
-    for (int k = n - 1; k > nb_first_ + 1; k -= 2) {
+    for (int k = nb_copies() - 1; k > nb_first_ + 1; k -= 2) {
         const int r = static_cast<int>(k * ran3());
-        int odd = r % 2 == 0 ? r + 1 : r;
-        if (odd >= n) odd = r - 1;
-        if (odd < 1) continue;  // samples without individuals
+        const int odd = r % 2 == 0 ? r + 1 : r;  // at least 1 and at most k, so never outside
         std::swap(copies[k], copies[odd]);
         std::swap(copies[k - 1], copies[odd - 1]);
     }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <utility>
 
 #include "support/seeded_stream.h"
 
@@ -56,6 +57,21 @@ TEST(DivergenceEquations, ExponentialsAreBounded) {
     EXPECT_EQ(f[1], 1e-50L);
     EXPECT_EQ(f[2], 1.0L);
     EXPECT_EQ(f[3], 6.0L);
+}
+
+// An exponent of 300 is the last that counts, of either sign.
+TEST(DivergenceEquations, ExponentialsAreExactUpToTheirBounds) {
+    LongVector f = my_vector(3);
+    for (const double z : {-299.0, -300.0, 299.0, 300.0}) {
+        const long double x[7] = {0.0L, 1.0L, 0.5L, -0.5L * z, 0.0L, 0.0L, 0.0L};
+        divergence_equations(3, x, f.data());
+        EXPECT_EQ(f[1], 0.5L + 0.5L * static_cast<long double>(std::exp(z))) << z;
+    }
+    for (const auto& [z, bound] : {std::pair{-301.0, 1e-50L}, {301.0, 1e50L}}) {
+        const long double x[7] = {0.0L, 1.0L, 0.5L, -0.5L * z, 0.0L, 0.0L, 0.0L};
+        divergence_equations(3, x, f.data());
+        EXPECT_EQ(f[1], 0.5L + 0.5L * bound) << z;
+    }
 }
 
 // Central differences of the equations.
@@ -193,6 +209,75 @@ TEST_F(TSolveDivTimesStream, AnObjectServesForOtherTargets) {
     EXPECT_EQ(reused.theta, fresh.theta);
     EXPECT_EQ(reused.tau, fresh.tau);
     EXPECT_EQ(reused.k, fresh.k);
+}
+
+TEST_F(TSolveDivTimesStream, NewTargetsForgetTheResults) {
+    TSolveDivTimes solver(1.0L, 1.5L, 3.0L);
+    ASSERT_EQ(solver.solve(50), 0);
+    solver.set_targets(1.0L, 1.0L, 2.0L);
+    EXPECT_EQ(solver.theta, 0.0L);
+    EXPECT_EQ(solver.k, 0.0L);
+    EXPECT_EQ(solver.tau, 0.0L);
+}
+
+// The start is the root: an ancestral size of 0 and halves of it.
+TEST_F(TSolveDivTimesStream, WithoutDifferencesWithinTheSizesAreHalves) {
+    for (const long double between : {0.0L, 4.0L}) {
+        TSolveDivTimes solver(0.0L, 0.0L, between);
+        EXPECT_EQ(solver.solve(50), 0);
+        EXPECT_EQ(solver.theta, 0.0L);
+        EXPECT_EQ(solver.k, 0.5L);
+        EXPECT_EQ(solver.tau, between);
+    }
+}
+
+// The attempts one by one, with starts worked out here: theta is the mean of the differences
+// within, tau what those between have more, k the share of the first; from the second attempt on
+// each of the three, in this order, times 0.01 to 2.01.
+TEST_F(TSolveDivTimesStream, AttemptsStartFromTheDataAndThenScatter) {
+    int later = 0;
+    for (const long double pi_X : {1e-6L, 0.01L, 0.5L, 7.3L}) {
+        for (const long double pi_Y : {1e-6L, 0.5L, 1.0L, 400.0L}) {
+            for (const long double pi_XY : {0.01L, 0.5L, 7.3L, 400.0L}) {
+                seed();
+                TSolveDivTimes solver(pi_X, pi_Y, pi_XY);
+                const int failed = solver.solve(9);
+                const double left = next();
+                seed();
+                bool solved = false;
+                long double theta = 0.0L, k = 0.0L, tau = 0.0L;
+                long double t[3] = {pi_X, pi_Y, pi_XY};
+                for (int attempt = 0; attempt < 9 && !solved; ++attempt) {
+                    const long double M = std::max({t[0], t[1], t[2]});
+                    for (long double& target : t)
+                        target /= M;
+                    const long double mean = (t[0] + t[1]) / 2.0L;
+                    long double x[7] = {0.0L, mean, t[0] / (t[0] + t[1]), t[2] - mean, t[0], t[1], t[2]};
+                    if (attempt > 0) {
+                        for (const int unknown : {1, 3, 2})
+                            x[unknown] *= (200.0L * static_cast<long double>(next()) + 1.0L) / 100.0L;
+                    }
+                    TBroyden plain(3, x, divergence_equations, my_jacobian2);
+                    int check = 1;
+                    plain.broydn(x, 3, &check);
+                    for (long double& target : t)
+                        target *= M;
+                    theta = x[1] * M;
+                    k = x[2];
+                    tau = x[3] * M;
+                    solved = check == 0 && theta >= 0.0L;
+                    if (solved && attempt > 0) ++later;
+                }
+                ASSERT_EQ(failed == 0, solved);
+                EXPECT_EQ(next(), left);
+                if (!solved) continue;
+                EXPECT_EQ(solver.theta, theta);
+                EXPECT_EQ(solver.k, k);
+                EXPECT_EQ(solver.tau, tau);
+            }
+        }
+    }
+    EXPECT_GT(later, 0);
 }
 
 // Differences within that nearly vanish, sizes that differ widely, hardly any divergence: whatever

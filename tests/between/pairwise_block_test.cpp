@@ -147,6 +147,40 @@ TEST_F(PairBlockStream, FractionsAreNoWholeNumbers) {
     EXPECT_FALSE(PairBlock(D, {0, 1}, 1).whole_numbers());
 }
 
+// Sums of up to 200^2 distances stay below 2^53 or not.
+TEST_F(PairBlockStream, LargeDistancesAreWholeNumbersWhileTheirSumsAreExact) {
+    DistMat D;
+    fill(D, 2, [](int i, int j) { return i == j ? 0.0 : 1e12; });
+    EXPECT_TRUE(PairBlock(D, std::vector<int>(90, 1), 45).whole_numbers());
+    std::vector<int> copies(200, 0);
+    copies[0] = 1;
+    EXPECT_FALSE(PairBlock(D, copies, 100).whole_numbers());
+    EXPECT_TRUE(PairBlock(D, {0, 1, 1}, 1).whole_numbers());
+}
+
+// The largest distances and samples that words of 16 bits hold.
+TEST_F(PairBlockStream, SumsOfShortWordsDoNotOverflow) {
+    DistMat D;
+    fill(D, 2, [](int i, int j) { return i == j ? 0.0 : 32767.0; });
+    std::vector<int> copies(32767, 1);
+    copies[0] = 0;
+    PairBlock block(D, copies, 2);
+    // One copy of row 0 in the first sample, all others of row 1.
+    expect_same(block.sums(), {32767.0, 0.0, 32767.0 * 32765.0});
+    PairBlock other(D, copies, 32000);
+    expect_same(other.sums(), {32767.0 * 31999.0, 0.0, 32767.0 * 767.0});
+}
+
+// 35000 copies of a row are more than 16 bits count.
+TEST_F(PairBlockStream, SumsOfManyCopiesDoNotOverflow) {
+    DistMat D;
+    fill(D, 2, [](int i, int j) { return i == j ? 0.0 : 2.0; });
+    std::vector<int> copies(70000, 1);
+    copies[0] = 0;
+    PairBlock block(D, copies, 35000);
+    expect_same(block.sums(), {2.0 * 34999.0, 0.0, 2.0 * 35000.0});
+}
+
 TEST_F(PairBlockStream, ConventionalMatrixNeedsNoCells) {
     DistMat stored;
     fill(stored, 9, [](int i, int j) { return i == j ? 0.0 : 1.0; });

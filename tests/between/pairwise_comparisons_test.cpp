@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <fstream>
 #include <functional>
+#include <iomanip>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -13,6 +14,7 @@
 #include "between/amova_data.h"
 #include "between/pairwise_block.h"
 #include "between/pairwise_statistics.h"
+#include "between/pairwise_tables.h"
 #include "between/pairwise_tests.h"
 #include "foundation/data_type.h"
 #include "foundation/random.h"
@@ -197,8 +199,16 @@ TEST_F(CalcPairDist, PermutationsTurnTheTestOn) {
             const std::string text = run(*data);
             EXPECT_EQ(data->s.TestSignificancePairewiseFST, fst | differences);
             EXPECT_EQ(mnd_test::contains(text, "FST P values"), (fst | differences) != 0);
+            EXPECT_EQ(mnd_test::contains(text, "PXY P value"), (fst | differences) != 0);
         }
     }
+}
+
+// One asked for: 1 class of 2.
+TEST_F(CalcPairDist, ASinglePermutationIsATest) {
+    const auto data = make({{{0, 1, 1}, {2, 2, 0}}}, 6, line_distance);
+    data->s.NumPermutationsFST = 1;
+    EXPECT_TRUE(mnd_test::contains(run(*data), "\nNumber of permutations : 2\n"));
 }
 
 // 100 asked for: 10 classes of 11. A pair draws one number less than its second sample has copies.
@@ -294,6 +304,51 @@ TEST_F(CalcPairDist, DivergenceTimesAreTested) {
     }
 }
 
+// Between the first two samples the differences are the mean of those within: nothing tells where
+// to look for the time, and all attempts fail.
+TEST_F(CalcPairDist, DivergenceTimesThatAreNotFoundAreMarked) {
+    const auto data = make({{{0, 1}, {2, 3}, {4, 5}}}, 6, [](int i, int j) {
+        if (i == j) return 0.0;
+        if (i > 3 || j > 3) return i / 2 == j / 2 ? 1.0 : 4.0;
+        return i / 2 != j / 2 ? 2.0 : i < 2 ? 1.0 : 3.0;
+    });
+    data->s.UnequalPopSizeDiv = 1;
+    const std::string text = run(*data);
+    EXPECT_EQ(mnd_test::count_of(text, "*\n"), 3);
+    EXPECT_EQ(mnd_test::count_of(text, "*"), 3 + 3);
+    EXPECT_EQ(mnd_test::count_of(text, "     2     0.00000*\n"), 1);
+}
+
+TEST_F(CalcPairDist, DivergenceTestsAreThoseOfThePair) {
+    const Copies first = {0, 1, 1, 2, 5};
+    const Copies second = {4, 1, 5, 6, 3, 2};
+    const auto data = make({{first, second}}, 14, line_distance);
+    data->s.UnequalPopSizeDiv = 1;
+    data->s.NumPermutationsFST = 50;
+    seed();
+    const std::string text = run(*data);
+    seed();
+    std::vector<int> rows = first;
+    rows.insert(rows.end(), second.begin(), second.end());
+    PairBlock block(data->dist, rows, 5);
+    const PairDesign design = pair_design(5.0, 6.0);
+    PairObserved observed = {pair_variance(design, block.sums()), pair_differences(design, block.sums()), {}};
+    observed.divergence = pair_divergence(observed.differences);
+    PairTestPlan plan;
+    plan.permutations = plan_batches(50);
+    plan.solves_divergence = true;
+    PairTestResult expected;
+    ASSERT_TRUE(test_pair(block, design, observed, plan, data->s, expected));
+    EXPECT_NE(expected.tau_p, expected.k_p);
+    EXPECT_NE(expected.theta0_p, expected.k_p);
+    EXPECT_NE(expected.tau_p, expected.theta0_p);
+    EXPECT_NEAR(table(text, "tau values", 2)[1][0], observed.divergence.tau, 0.5001e-5);
+    EXPECT_NEAR(table(text, "Unequal population sizes (k)", 2)[1][0], observed.divergence.k_ratio, 0.5001e-5);
+    EXPECT_NEAR(table(text, "tau P values", 2)[1][0], expected.tau_p, 0.5001e-5);
+    EXPECT_NEAR(table(text, "k P values", 2)[1][0], expected.k_p, 0.5001e-5);
+    EXPECT_NEAR(table(text, "theta0 P values", 2)[1][0], expected.theta0_p, 0.5001e-5);
+}
+
 // --- Allele sizes
 
 TEST_F(CalcPairDist, DeltaMuSquareOfMicrosatellites) {
@@ -344,6 +399,8 @@ TEST_F(CalcPairDist, RecessiveAllelesOfUnknownPhaseAreRefused) {
     EXPECT_EQ(run(*data), "\nPopulation pairwise FSTs not possible with recessive Data\n");
     data->samples.GameticPhase = 1;
     EXPECT_TRUE(mnd_test::contains(run(*data), "Population pairwise FSTs\n---"));
+    data->samples.GenotypicData = data->samples.GameticPhase = 0;
+    EXPECT_TRUE(mnd_test::contains(run(*data), "Population pairwise FSTs\n---"));
 }
 
 TEST_F(CalcPairDist, AnEmptySampleStopsAll) {
@@ -376,6 +433,43 @@ TEST_F(CalcPairDist, StopsAtOnceWhenAskedTo) {
     const auto data = make({{{0, 1}, {2, 2}}}, 6, line_distance);
     data->s.stop_computations = 1;
     EXPECT_EQ(run(*data), "");
+}
+
+// --- Batch summaries
+
+// The components of {0, 1, 1} and {2, 2}, worked by hand: within 1 + 1 + 0 = 2 and 0, between
+// 2 (4 + 1 + 1) = 12. W = 2/3, Vw = W/3, Va = ((14/5 - 2/3) - 2/9) / (12/5) = 43/54,
+// FST = Va / (Va + Vw) = 43/55.
+TEST_F(CalcPairDist, SummariesGetTheRowsOfTheProject) {
+    const mnd_test::TempFolder folder;
+    std::ofstream components(folder / "components");
+    std::ofstream pairs(folder / "pairs");
+    const auto data = make({{{0, 1, 1}, {2, 2}}}, 3, line_distance);
+    data->s.NumPermutationsFST = 100;
+    ofs_varComp_dist = &components;
+    ofs_pairw_dist = &pairs;
+    seed();
+    run(*data);
+    ofs_varComp_dist = ofs_pairw_dist = nullptr;
+    components.close();
+    pairs.close();
+    EXPECT_EQ(mnd_test::read_text(folder / "components"),
+              '"' + std::string(settings::input_file) + "\"\t0.79630\t\n");
+    seed();
+    PairBlock block(data->dist, {0, 1, 1, 2, 2}, 3);
+    const PairDesign design = pair_design(3.0, 2.0);
+    const PairObserved observed = {
+        pair_variance(design, block.sums()), pair_differences(design, block.sums()), {}};
+    PairTestPlan plan;
+    plan.permutations = plan_batches(100);
+    PairTestResult expected;
+    ASSERT_TRUE(test_pair(block, design, observed, plan, data->s, expected));
+    ASSERT_GT(expected.fst_sd, 0.0);
+    std::ostringstream row;
+    row << std::fixed << std::setprecision(5) << '"' << settings::input_file << "\"\t0.78182\t\n"
+        << "p-Values matrix : No of permutations : 110\n"
+        << expected.fst_p << "+-" << expected.fst_sd << "\t\n";
+    EXPECT_EQ(mnd_test::read_text(folder / "pairs"), row.str());
 }
 
 // --- Progress

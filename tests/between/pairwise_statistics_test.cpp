@@ -24,6 +24,10 @@ TEST(PairDesign, CoefficientsOfUnequalSizes) {
     EXPECT_DOUBLE_EQ(design.n, 12.0 / 5.0);
 }
 
+TEST(PairDesign, ThreeCopiesHaveOneDegreeWithin) {
+    EXPECT_EQ(pair_design(2.0, 1.0).inv_df, 1.0);
+}
+
 TEST(PairDesign, OneCopyEachHasNoDegreesWithin) {
     const PairDesign design = pair_design(1.0, 1.0);
     EXPECT_EQ(design.inv_df, 100000.0);

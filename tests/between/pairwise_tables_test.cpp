@@ -240,6 +240,25 @@ TEST_F(PairwiseTables, TransformsOfFst) {
                          "     3         inf     0.00000         inf\n"));
 }
 
+TEST_F(PairwiseTables, PValuesOfDivergenceStandBelowTheirValues) {
+    s_.UnequalPopSizeDiv = s_.PrintMissIntermatchs = 1;
+    results_.tested = true;
+    set(results_.tau_p, 0.11, 0.12, 0.13);
+    set(results_.k_p, 0.21, 0.22, 0.23);
+    set(results_.theta0_p, 0.31, 0.32, 0.33);
+    const std::string found = text();
+    const std::string header = "\n                 1           2           3\n     1\n";
+    EXPECT_TRUE(contains(found, "\ntau P values\n------------\n" + header +
+                                    "     2     0.11000\n     3     0.12000     0.13000\n\n\n"
+                                    "----------------------------\nUnequal population sizes (k)\n"));
+    EXPECT_TRUE(contains(found, "\nk P values\n----------\n" + header +
+                                    "     2     0.21000\n     3     0.22000     0.23000\n\n\n"
+                                    "-----------------------------------\n"
+                                    "Ancestral population sizes (theta0)\n"));
+    EXPECT_TRUE(contains(found, "\ntheta0 P values\n---------------\n" + header +
+                                    "     2     0.31000\n     3     0.32000     0.33000\n"));
+}
+
 // In the order of the sections of the document.
 TEST_F(PairwiseTables, AllTablesInTheirOrder) {
     s_.PrintFstVals = s_.PrintMissIntermatchs = s_.ComputeDeltaMuSqr = s_.UnequalPopSizeDiv = 1;

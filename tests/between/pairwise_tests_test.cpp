@@ -309,6 +309,36 @@ TEST_F(PairTestStream, DivergenceThatIsNotFoundIsMarked) {
     EXPECT_EQ(pair_divergence({1.0, 1.0, -5.0, 0.0, 0.0}).not_converged, 1.0);
 }
 
+// Each attempt but the first draws three numbers.
+TEST_F(PairTestStream, DivergenceTakesFiftyAttempts) {
+    reset_draws_taken();
+    pair_divergence({1.0, 1.0, -5.0, 0.0, 0.0});
+    EXPECT_EQ(draws_taken(), 3u * 49u);
+}
+
+// A second sample of one copy has no differences within. The equations are at rest there, so that
+// a solver would find roots all the time.
+TEST_F(PairTestStream, PermutationsThatLackADifferenceAreNotSolved) {
+    Pair pair;
+    fill(pair.D, 2, [](int i, int j) { return i == j ? 0.0 : 1.0; });
+    pair.rows = {0, 0, 0, 0, 1};
+    pair.n_i = 3;
+    PairTestPlan plan;
+    plan.permutations = plan_batches(100);
+    plan.solves_divergence = true;
+    const settings s;
+    // {0, 0, 0} and {0, 1}, or {0, 0, 1} and {0, 0}: there is always a sample without differences.
+    PairBlock block(pair.D, pair.rows, pair.n_i);
+    PairTestResult found;
+    reset_draws_taken();
+    ASSERT_TRUE(test_pair(block, pair_design(3.0, 2.0), observe(pair), plan, s, found));
+    EXPECT_EQ(draws_taken(), 110u);
+    EXPECT_EQ(found.tau_p, 0.0);
+    EXPECT_EQ(found.k_p, 0.0);
+    EXPECT_EQ(found.theta0_p, 0.0);
+    EXPECT_GT(found.pi_p, 0.0);
+}
+
 // Each permutation solved anew, by a fresh solver.
 TEST_F(PairTestStream, DivergenceIsCountedOverTheSolvedPermutations) {
     Pair pair;

@@ -75,6 +75,31 @@ TEST_F(PairwiseRuns, TheSeedRepeatsAllPValues) {
     EXPECT_EQ(part(first), part(second));
 }
 
+// The starts, the shuffles and their draws repeated by a program of its own, from the distances on,
+// with a generator of its own and a solver that updates the whole matrix instead of its factors.
+TEST_F(PairwiseRuns, DivergenceTimesOfFiveSeasonsAndTheirTests) {
+    const std::string document = analyse("influenza_small", "NumPermutationsFST=9\nUnequalPopSizeDiv=1\n");
+    for (
+        const char* rows : {
+            "     2     4.69889 \n     3    14.78140      0.29275 \n"
+            "     4    16.78952      2.89382      0.09914 \n"
+            "     5    19.00375      5.39068      1.56253      0.35066 \n",
+            "     2     0.28981 \n     3     0.59094      0.97688 \n"
+            "     4     0.53819      0.80180      0.06097 \n"
+            "     5     0.47737      0.67028      0.22838      0.13110 \n",
+            "     2    15.00861 \n     3    12.35610     13.46475 \n"
+            "     4    13.62298     14.08868      6.80586 \n"
+            "     5    15.41625     15.52682      9.16747      8.80434 \n",
+            "     2     0.45455\n     3     0.33333     0.50000\n     4     0.41667     0.58333     0.40000\n"
+            "     5     0.25000     0.54545     0.75000     0.50000\n",
+            "     2     0.72727\n     3     0.41667     0.50000\n     4     0.25000     0.50000     0.80000\n"
+            "     5     0.66667     0.54545     0.58333     0.33333\n",
+            "     2     0.81818\n     3     1.00000     0.50000\n     4     1.00000     0.41667     0.20000\n"
+            "     5     1.00000     0.45455     0.16667     0.25000\n",
+        })
+        EXPECT_TRUE(contains(document, rows)) << rows;
+}
+
 // Mean allele sizes by a program of a few lines apart from this one.
 TEST_F(PairwiseRuns, MicrosatellitesOfIndividuals) {
     const std::string document =
