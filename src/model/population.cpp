@@ -160,7 +160,8 @@ double Population::evaluate_work(const settings& s) {
     double work = neutrality_work(s);
     if (has_task(s, kTaskHaplotypeFrequencies) && !known_haplotypes) work += em_work(s, loci);
     if (has_task(s, kTaskMismatch) && known_haplotypes && has_sites) {
-        work += (s.MismatchDemogExp ? s.NumBootExpDem : 0) + (s.MismatchSpatialExp ? s.NumBootExpDem : 0);
+        const int fits = (s.MismatchDemogExp ? 1 : 0) + (s.MismatchSpatialExp ? 1 : 0);
+        work += static_cast<double>(fits) * std::max(0, s.NumBootExpDem);
     }
     if (has_task(s, kTaskLinkageDisequilibrium) && s.MakeExactTestLD != 0) {
         work += ld_work(s, loci, known_haplotypes);

@@ -3,6 +3,7 @@
 // What can't be done is skipped: its task bit is cleared and a message goes to the log, so
 // that the task set afterwards holds the work that really remains.
 #include <ctime>
+#include <sstream>
 
 #include "foundation/data_type.h"
 #include "run/errors.h"
@@ -73,6 +74,29 @@ void skip_amova_without_structure(Project& project) {
     say(*_AOS_);
     if (s.result_stream == nullptr) return;
     say(*s.result_stream);
+}
+
+// A wanted distance that the data do not have gives way to another one, which must not pass unseen.
+void warn_of_unknown_distances(settings& s, const ProfileSettings& profile) {
+    if (profile.DataType == FREQUENCY) return;
+    struct Wanted {
+        const char* key;
+        int method;
+        bool used;
+    };
+    const bool between = has_task(s, kTaskAmova | kTaskPairwiseFst) && s.ComputeDistanceMatrixAMOVA != 0 &&
+                         s.ComputeConventionalFST == 0;
+    const Wanted keys[] = {
+        {"DistanceMethod", s.DistanceMethod, has_task(s, kTaskMolecularDiversity | kTaskDistanceFiles)},
+        {"MismatchDistanceMethod", s.MismatchDistanceMethod, has_task(s, kTaskMismatch)},
+        {"DistanceMethodAMOVA", s.DistanceMethodAMOVA, between}};
+    for (const Wanted& wanted : keys) {
+        std::ostringstream name;
+        s.print_distance_method(name, wanted.method);
+        if (!wanted.used || !name.str().empty()) continue;
+        *_AOS_ << "Warning: the setting " << wanted.key << '=' << wanted.method
+               << " is none of the distances of these data, another one is used\n";
+    }
 }
 
 void correct_dememorisation(settings& s) {
@@ -227,6 +251,7 @@ bool Project::make_run_possible() {
            << "  check selected settings...";
     correct_dememorisation(s);
     *_AOS_ << "  done!" << std::endl;
+    warn_of_unknown_distances(s, *this);
     if (DataType == FREQUENCY) s.InferHaplotypeDefinitionFromDistanceMatrix = 0;
     skip_hardy_weinberg_of_recessive_data(s);
     find_redundant_haplotypes();

@@ -337,6 +337,43 @@ TEST_F(Feasibility, TooFewDememorisationStepsAreRaised) {
                   "setting it to 1000...\n  done!\n"));
 }
 
+// DNA has the distances 0 to 6.
+TEST_F(Feasibility, WarnsOfDistancesThatTheDataDoNotHave) {
+    open(dna_project());
+    s.TaskNumber = kTaskMolecularDiversity | kTaskMismatch | kTaskPairwiseFst;
+    s.DistanceMethod = 7;
+    s.MismatchDistanceMethod = -3;
+    s.DistanceMethodAMOVA = 99;
+    ASSERT_TRUE(project.make_run_possible());
+    EXPECT_TRUE(log.holds(
+        "  done!\n"
+        "Warning: the setting DistanceMethod=7 is none of the distances of these data, another one is "
+        "used\n"
+        "Warning: the setting MismatchDistanceMethod=-3 is none of the distances of these data, another "
+        "one is used\n"
+        "Warning: the setting DistanceMethodAMOVA=99 is none of the distances of these data, another "
+        "one is used\n"));
+}
+
+TEST_F(Feasibility, SaysNothingOfDistancesThatAreKnownOrNotUsed) {
+    open(dna_project());
+    s.TaskNumber = kTaskMismatch | kTaskAmova;
+    s.DistanceMethod = 7;
+    s.MismatchDistanceMethod = 6;
+    s.DistanceMethodAMOVA = 99;
+    s.ComputeConventionalFST = 1;
+    ASSERT_TRUE(project.make_run_possible());
+    EXPECT_FALSE(log.holds("none of the distances"));
+}
+
+TEST_F(Feasibility, SaysNothingOfTheDistanceOfGenericAlleles) {
+    open(haplotypic_project("STANDARD"));
+    s.TaskNumber = kTaskMolecularDiversity;
+    s.DistanceMethod = 7;
+    ASSERT_TRUE(project.make_run_possible());
+    EXPECT_FALSE(log.holds("none of the distances"));
+}
+
 TEST_F(Feasibility, HardyWeinbergMessageShowsTheLinkageValue) {
     open(dna_project());
     s.MarkovChainDememorisationStepsLD = 7500;
