@@ -35,6 +35,9 @@ public:
         pool_->allele_db = &alleles;
         pool_->phen_to_gam_done = 1;  // its haplotypes are all there is of it
         pool_->haplotype_transf(definitions);
+        // A locus is usable by its share of missing data among all gene copies.
+        for (const PHaploDef* entry : pool_->hapl_list)
+            pool_->sample_size += entry->freq;
     }
     // The polymorphic sites of the pass are those of its samples.
     ~PooledDefinitions() { PopGenetics::globalSubstPolymSites = sites_; }

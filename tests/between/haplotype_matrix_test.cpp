@@ -119,6 +119,24 @@ TEST_F(HaplotypeMatrix, LociAreUsableByTheCopiesOfAllSamples) {
     EXPECT_EQ(cells(), (Cells{0, 1, 0, 0, 1, 0, 1, 1, 1, 0}));
 }
 
+// The same for alleles and numbers of repeats.
+TEST_F(HaplotypeMatrix, LociOfAllelesAreUsableByTheCopiesOfAllSamples) {
+    define("a", "1 5 1 1", 17);
+    define("b", "1 5 3 4", 1);
+    define("c", "1 5 ? 1", 1);
+    define("d", "1 8 ? ?", 1);
+    ASSERT_TRUE(compute(STANDARD));
+    EXPECT_EQ(usable.loci, (std::vector<int>{0, 1, 3}));
+    EXPECT_EQ(cells(), (Cells{0, 1, 0, 0, 1, 0, 1, 1, 1, 0}));
+    ASSERT_TRUE(compute(MICROSAT, 1));
+    EXPECT_EQ(usable.loci, (std::vector<int>{0, 1, 3}));
+    EXPECT_EQ(cells(), (Cells{0, 9, 0, 0, 9, 0, 9, 9, 9, 0}));
+    s.AllowedLevelOfMissingData = 0.1;
+    ASSERT_TRUE(compute(MICROSAT, 1));
+    EXPECT_EQ(usable.loci, (std::vector<int>{0, 1, 2, 3}));
+    EXPECT_EQ(cells(), (Cells{0, 13, 0, 0, 9, 0, 9, 9, 9, 0}));
+}
+
 TEST_F(HaplotypeMatrix, DefinitionsWithoutCopiesHaveARowToo) {
     define("a", "AC", 5);
     define("b", "AT", 0);
