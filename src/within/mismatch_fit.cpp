@@ -171,19 +171,8 @@ void ann_missmatch::compute_curve(int top) {
 }
 
 double ann_missmatch::f_SRod_Harp(double* diff, double* freq, int const& count) {
-    if (count < 2) return 0.0;
-    int top = 0;
-    for (int k = 1; k < count; ++k)
-        top = std::max(top, static_cast<int>(diff[k]));
-    const bool has_table = top < kTableSize;
-    if (has_table) compute_curve(top);
-    double ssd = 0.0;
-    for (int k = 1; k < count; ++k) {
-        const int i = static_cast<int>(diff[k]);
-        const double expected = has_table ? f_vect[static_cast<std::size_t>(i)] : f_i_exp(i);
-        ssd += (expected - freq[k]) * (expected - freq[k]);
-    }
-    return ssd;
+    return squared_deviations(
+        diff, freq, count, [this](int top) { compute_curve(top); }, [this](int i) { return f_i_exp(i); });
 }
 
 // --- The search

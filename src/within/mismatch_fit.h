@@ -11,6 +11,8 @@
 // class above the last one, with no pairs.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -188,6 +190,26 @@ protected:
     void begin_simulations();
     // num_boot, p_ssd, p_rag and percentiles from sorted results.
     void summarise(const ReplicateResults& results);
+    // Sum of squared deviations of freq from a curve, over slots 1 .. count - 1; 0 for a count below 2.
+    //   fill       fill(top) leaves the shares of the classes 0 .. top in f_vect
+    //   expected   expected(i) is the share of class i, for a curve that is longer than the table
+    template <class Fill, class Expected>
+    double squared_deviations(const double* diff, const double* freq, int count, const Fill& fill,
+                              const Expected& expected) {
+        if (count < 2) return 0.0;
+        int top = 0;
+        for (int k = 1; k < count; ++k)
+            top = std::max(top, static_cast<int>(diff[k]));
+        const bool has_table = top < kTableSize;
+        if (has_table) fill(top);
+        double ssd = 0.0;
+        for (int k = 1; k < count; ++k) {
+            const int i = static_cast<int>(diff[k]);
+            const double share = has_table ? f_vect[static_cast<std::size_t>(i)] : expected(i);
+            ssd += (share - freq[k]) * (share - freq[k]);
+        }
+        return ssd;
+    }
 
     std::unique_ptr<MutatedSites> simulated_;  // owned: of the last replicate; null before the first
 

@@ -177,46 +177,16 @@ void mismatchSpatialExpansion::compute_curve_4p(int top) {
     fill_curve(curve(false), top);
 }
 
-namespace {
-
-int top_class(const double* diff, int count) {
-    int top = 0;
-    for (int k = 1; k < count; ++k)
-        top = std::max(top, static_cast<int>(diff[k]));
-    return top;
-}
-
-// Sum of squared deviations of freq from the shares that expected(i) gives.
-template <class Expected>
-double squared_deviations(const double* diff, const double* freq, int count, const Expected& expected) {
-    double ssd = 0.0;
-    for (int k = 1; k < count; ++k) {
-        const double deviation = expected(static_cast<int>(diff[k])) - freq[k];
-        ssd += deviation * deviation;
-    }
-    return ssd;
-}
-
-}  // namespace
-
 double mismatchSpatialExpansion::f_S_Spatial_Exp_3p(double* diff, double* freq, int const& count) {
-    if (count < 2) return 0.0;
-    const int top = top_class(diff, count);
-    if (top >= kTableSize)
-        return squared_deviations(diff, freq, count, [this](int i) { return f_i_spatial_exp_3p(i); });
-    compute_curve_3p(top);
-    return squared_deviations(diff, freq, count,
-                              [this](int i) { return f_vect[static_cast<std::size_t>(i)]; });
+    return squared_deviations(
+        diff, freq, count, [this](int top) { compute_curve_3p(top); },
+        [this](int i) { return f_i_spatial_exp_3p(i); });
 }
 
 double mismatchSpatialExpansion::f_S_Spatial_Exp_4p(double* diff, double* freq, int const& count) {
-    if (count < 2) return 0.0;
-    const int top = top_class(diff, count);
-    if (top >= kTableSize)
-        return squared_deviations(diff, freq, count, [this](int i) { return f_i_spatial_exp_4p(i); });
-    compute_curve_4p(top);
-    return squared_deviations(diff, freq, count,
-                              [this](int i) { return f_vect[static_cast<std::size_t>(i)]; });
+    return squared_deviations(
+        diff, freq, count, [this](int top) { compute_curve_4p(top); },
+        [this](int i) { return f_i_spatial_exp_4p(i); });
 }
 
 // --- The searches

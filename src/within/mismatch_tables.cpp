@@ -380,10 +380,11 @@ void cite_mismatch(std::ostream& out, bool sudden, bool spatial) {
 
 namespace {
 
-// Pairs of the classes 0 .. max_diff, with a tab before each; nothing when there is no table.
-void write_classes(std::ostream& out, const PopGenetics& sample) {
+// Pairs of the classes 0 .. max_diff, tabs between them; nothing when there is no table.
+//   before   what stands ahead of the first one
+void write_classes(std::ostream& out, const PopGenetics& sample, const char* before) {
     for (int i = 0; i <= sample.max_diff && i < static_cast<int>(sample.mm_counts.size()); ++i)
-        out << '\t' << sample.mm_counts[static_cast<std::size_t>(i)];
+        out << (i == 0 ? before : "\t") << sample.mm_counts[static_cast<std::size_t>(i)];
 }
 
 void write_row(std::ofstream* file, const PopGenetics& sample, std::initializer_list<double> parameters) {
@@ -397,7 +398,7 @@ void write_row(std::ofstream* file, const PopGenetics& sample, std::initializer_
           << sample.mm_variance;
     for (const double value : parameters)
         *file << '\t' << Cell{value};
-    write_classes(*file, sample);
+    write_classes(*file, sample, "\t");
     *file << std::endl;
 }
 
@@ -420,8 +421,7 @@ void write_mismatch_sp4_row(const PopGenetics& sample) {
 
 void write_only_mismatch_row(const PopGenetics& sample) {
     if (ofs_only_mismatch == nullptr) return;
-    for (int i = 0; i <= sample.max_diff && i < static_cast<int>(sample.mm_counts.size()); ++i)
-        *ofs_only_mismatch << (i == 0 ? "" : "\t") << sample.mm_counts[static_cast<std::size_t>(i)];
+    write_classes(*ofs_only_mismatch, sample, "");
     *ofs_only_mismatch << std::endl;
 }
 
